@@ -1,0 +1,11 @@
+#include "Platform/Foundation/Exception.h"
+
+namespace Platform {
+
+NSException::NSException(std::string_view name, std::string_view reason) : m_name(name), m_reason(reason) {
+    m_what = m_name + ": " + m_reason;
+}
+
+NSException::~NSException() = default;
+
+} // namespace Platform

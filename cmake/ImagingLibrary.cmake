@@ -1,0 +1,41 @@
+# The library that is installed, its package files, and the archive that the tests link.
+
+include(CMakePackageConfigHelpers)
+include(ImagingPublicHeaders)
+
+add_library(Imaging $<TARGET_OBJECTS:ImagingObjects>)
+add_library(Imaging::Imaging ALIAS Imaging)
+imaging_compile_options(Imaging)
+target_compile_features(Imaging PUBLIC cxx_std_20)
+target_include_directories(Imaging PUBLIC
+  "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+  "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/imaging>")
+target_link_libraries(Imaging PRIVATE ${IMAGING_LINK_LIBRARIES})
+set_target_properties(Imaging PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 LINKER_LANGUAGE CXX)
+
+install(TARGETS Imaging EXPORT ImagingTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+foreach(header IN LISTS IMAGING_PUBLIC_HEADERS)
+  get_filename_component(folder "${header}" DIRECTORY)
+  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/imaging/${folder}")
+endforeach()
+
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Imaging")
+install(EXPORT ImagingTargets NAMESPACE Imaging:: DESTINATION "${package_folder}")
+configure_package_config_file(cmake/ImagingConfig.cmake.in ImagingConfig.cmake
+  INSTALL_DESTINATION "${package_folder}")
+write_basic_package_version_file(ImagingConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/ImagingConfig.cmake" "${PROJECT_BINARY_DIR}/ImagingConfigVersion.cmake"
+  DESTINATION "${package_folder}")
+
+configure_file(cmake/imaging.pc.in imaging.pc @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/imaging.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+if(IMAGING_BUILD_TESTS)
+  add_library(ImagingInternal STATIC $<TARGET_OBJECTS:ImagingObjects>)
+  target_compile_features(ImagingInternal PUBLIC cxx_std_20)
+  target_include_directories(ImagingInternal PUBLIC "${PROJECT_SOURCE_DIR}")
+  target_link_libraries(ImagingInternal PUBLIC ${IMAGING_LINK_LIBRARIES})
+  set_target_properties(ImagingInternal PROPERTIES LINKER_LANGUAGE CXX)
+endif()

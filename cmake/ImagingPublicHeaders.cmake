@@ -1,0 +1,6 @@
+# The headers that users of the library include: they are installed, and a test compiles each alone.
+
+set(IMAGING_PUBLIC_HEADERS
+  Platform/Foundation/Exception.h
+  Platform/Foundation/Export.h
+)
