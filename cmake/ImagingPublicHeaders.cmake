@@ -3,4 +3,5 @@
 set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Exception.h
   Platform/Foundation/Export.h
+  Platform/Foundation/Geometry.h
 )

@@ -1,0 +1,55 @@
+#include "Platform/Foundation/Geometry.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Platform {
+
+namespace {
+
+NSRect rectFromEdges(float minX, float minY, float maxX, float maxY) {
+    return NSMakeRect(minX, minY, maxX - minX, maxY - minY);
+}
+
+} // namespace
+
+NSRect NSUnionRect(NSRect a, NSRect b) {
+    if (NSIsEmptyRect(a)) return NSIsEmptyRect(b) ? NSZeroRect : b;
+    if (NSIsEmptyRect(b)) return a;
+    return rectFromEdges(std::min(NSMinX(a), NSMinX(b)), std::min(NSMinY(a), NSMinY(b)),
+                         std::max(NSMaxX(a), NSMaxX(b)), std::max(NSMaxY(a), NSMaxY(b)));
+}
+
+NSRect NSIntersectionRect(NSRect a, NSRect b) {
+    if (NSIsEmptyRect(a) || NSIsEmptyRect(b)) return NSZeroRect;
+    const NSRect common = rectFromEdges(std::max(NSMinX(a), NSMinX(b)), std::max(NSMinY(a), NSMinY(b)),
+                                        std::min(NSMaxX(a), NSMaxX(b)), std::min(NSMaxY(a), NSMaxY(b)));
+    return NSIsEmptyRect(common) ? NSZeroRect : common;
+}
+
+bool NSIntersectsRect(NSRect a, NSRect b) { return !NSIsEmptyRect(NSIntersectionRect(a, b)); }
+
+NSRect NSInsetRect(NSRect r, float dx, float dy) {
+    return NSMakeRect(r.origin.x + dx, r.origin.y + dy, r.size.width - 2 * dx, r.size.height - 2 * dy);
+}
+
+NSRect NSOffsetRect(NSRect r, float dx, float dy) {
+    return NSMakeRect(r.origin.x + dx, r.origin.y + dy, r.size.width, r.size.height);
+}
+
+NSRect NSIntegralRect(NSRect r) {
+    if (NSIsEmptyRect(r)) return NSZeroRect;
+    return rectFromEdges(std::floor(NSMinX(r)), std::floor(NSMinY(r)), std::ceil(NSMaxX(r)),
+                         std::ceil(NSMaxY(r)));
+}
+
+bool NSPointInRect(NSPoint p, NSRect r) {
+    return p.x >= NSMinX(r) && p.x < NSMaxX(r) && p.y >= NSMinY(r) && p.y < NSMaxY(r);
+}
+
+bool NSContainsRect(NSRect outer, NSRect inner) {
+    return !NSIsEmptyRect(inner) && NSMinX(inner) >= NSMinX(outer) && NSMinY(inner) >= NSMinY(outer) &&
+           NSMaxX(inner) <= NSMaxX(outer) && NSMaxY(inner) <= NSMaxY(outer);
+}
+
+} // namespace Platform
