@@ -5,4 +5,5 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Exception.h
   Platform/Foundation/Export.h
   Platform/Foundation/Geometry.h
+  Platform/Foundation/PixelBuffer.h
 )
