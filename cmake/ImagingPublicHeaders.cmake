@@ -2,6 +2,8 @@
 
 set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/AffineTransform.h
+  Platform/Foundation/Data.h
+  Platform/Foundation/Error.h
   Platform/Foundation/Exception.h
   Platform/Foundation/Export.h
   Platform/Foundation/Geometry.h
