@@ -7,5 +7,6 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Exception.h
   Platform/Foundation/Export.h
   Platform/Foundation/Geometry.h
+  Platform/Foundation/Log.h
   Platform/Foundation/PixelBuffer.h
 )
