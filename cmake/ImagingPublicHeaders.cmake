@@ -2,6 +2,7 @@
 
 set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/AffineTransform.h
+  Platform/Foundation/AssertionHandler.h
   Platform/Foundation/Data.h
   Platform/Foundation/Error.h
   Platform/Foundation/Exception.h
