@@ -8,6 +8,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Exception.h
   Platform/Foundation/Export.h
   Platform/Foundation/Geometry.h
+  Platform/Foundation/LocalizedString.h
   Platform/Foundation/Log.h
   Platform/Foundation/PixelBuffer.h
 )
