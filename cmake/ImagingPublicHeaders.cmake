@@ -10,5 +10,6 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Geometry.h
   Platform/Foundation/LocalizedString.h
   Platform/Foundation/Log.h
+  Platform/Foundation/MainThread.h
   Platform/Foundation/PixelBuffer.h
 )
