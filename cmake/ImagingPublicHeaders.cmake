@@ -12,4 +12,6 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Log.h
   Platform/Foundation/MainThread.h
   Platform/Foundation/PixelBuffer.h
+  Platform/Foundation/URL.h
+  Platform/Foundation/URLLoading.h
 )
