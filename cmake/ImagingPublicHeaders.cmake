@@ -3,11 +3,13 @@
 set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h
+  Platform/Foundation/Coder.h
   Platform/Foundation/Data.h
   Platform/Foundation/Error.h
   Platform/Foundation/Exception.h
   Platform/Foundation/Export.h
   Platform/Foundation/Geometry.h
+  Platform/Foundation/KeyedArchiver.h
   Platform/Foundation/LocalizedString.h
   Platform/Foundation/Log.h
   Platform/Foundation/MainThread.h
