@@ -1,6 +1,7 @@
 # The headers that users of the library include: they are installed, and a test compiles each alone.
 
 set(IMAGING_PUBLIC_HEADERS
+  Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h
   Platform/Foundation/Coder.h

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "Platform/Foundation/Data.h"
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/PixelBuffer.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Picture formats behind one small interface: each format is one class in one file, and knows nothing of
+/// bitmaps, pictures or drawing. Encoded bytes go in and plain decoded pictures come out, and the other way.
+namespace Platform {
+
+/// What a picture's samples mean. A gray sample of 0 is black in `White` and white in `Black`.
+enum class SampleColor { White, Black, RGB };
+
+/// What a picture says of itself.
+struct PictureHeader {
+    std::string formatName; ///< "JPEG", "PNG", "TIFF"; empty where it was not decoded from anything
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    int bitsPerSample = 8; ///< 8 or 16
+    SampleColor color = SampleColor::RGB;
+    bool hasAlpha = false;
+    int orientation = 1;    ///< as EXIF counts it, 1 (upright) to 8; never applied by a codec
+    double resolutionX = 0; ///< pixels per inch; 0 when the picture does not declare it
+    double resolutionY = 0;
+    NSData colorProfile; ///< an ICC profile, or empty
+
+    int colorSamples() const { return color == SampleColor::RGB ? 3 : 1; }
+    int samplesPerPixel() const { return colorSamples() + (hasAlpha ? 1 : 0); }
+    std::size_t bytesPerPixel() const {
+        return static_cast<std::size_t>(samplesPerPixel() * bitsPerSample / 8);
+    }
+};
+
+/// A picture in memory: the first row is the top one, samples are interleaved per pixel in the order gray or
+/// red, green, blue and then alpha, 16-bit samples are in the machine's byte order, and colour is
+/// premultiplied by alpha. Rows follow one another without padding.
+struct DecodedPicture {
+    PictureHeader header;
+    PixelBuffer pixels;
+    std::size_t bytesPerRow = 0;
+};
+
+/// A picture to encode, read in place; laid out as a decoded one but with rows `bytesPerRow` apart, and with
+/// colour that may also be left unmultiplied.
+struct PictureView {
+    const PictureHeader& header;
+    const std::uint8_t* pixels = nullptr;
+    std::size_t bytesPerRow = 0;
+    bool premultiplied = true;
+};
+
+struct EncodeOptions {
+    double quality = 0.9; ///< 0 to 1, for lossy formats; values outside are clamped
+};
+
+/// How much a picture may ask for. Headers are checked against these before memory is allocated.
+struct PictureLimits {
+    std::uint64_t maximumPixels = 268'435'456;
+    std::uint64_t maximumBytes = 2ULL << 30; ///< of the decoded picture
+};
+
+/// The limits for the whole process. Safe on every thread.
+IMAGING_EXPORT PictureLimits pictureLimits();
+IMAGING_EXPORT void setPictureLimits(const PictureLimits& limits);
+
+/// Thrown by codecs; the reason is worded as an NSError's message.
+class IMAGING_EXPORT CodecException : public NSException {
+public:
+    CodecException(NSErrorCode code, std::string_view reason);
+    NSErrorCode code() const { return m_code; }
+
+private:
+    NSErrorCode m_code;
+};
+
+/// One picture format. Codecs have no state, so every thread may use them at once.
+///
+/// Reading throws a CodecException when the bytes are damaged, cut short, of a kind that is not supported
+/// or beyond the limits: a picture is decoded whole or not at all. It never reads outside the bytes.
+class IMAGING_EXPORT Codec {
+public:
+    virtual ~Codec();
+
+    virtual std::string_view formatName() const = 0;
+
+    /// Whether the bytes begin like this format. Names and suffixes of files never matter.
+    virtual bool recognises(ByteView bytes) const = 0;
+
+    /// The header alone, without decoding pixels; describes exactly what `decode` would give.
+    virtual PictureHeader readHeader(ByteView bytes) const = 0;
+
+    virtual DecodedPicture decode(ByteView bytes, const PictureLimits& limits) const = 0;
+
+    /// The encoded picture, with resolution and profile where the format has a place for them, and with
+    /// orientation 1. Formats without alpha get the colour as it looks on black (premultiplied). Throws
+    /// when the format cannot hold the picture.
+    virtual NSData encode(const PictureView& picture, const EncodeOptions& options) const = 0;
+};
+
+/// The codec that recognises the bytes, the one for a format name, or null. Safe on every thread.
+IMAGING_EXPORT std::shared_ptr<const Codec> codecForData(ByteView bytes);
+IMAGING_EXPORT std::shared_ptr<const Codec> codecForFormat(std::string_view formatName);
+
+/// Adds a format, or replaces the codec of the same format name. The last one added is asked first.
+IMAGING_EXPORT void registerCodec(std::shared_ptr<const Codec> codec);
+
+/// Decodes bytes of whatever known format within the process's limits. Throws a CodecException, with
+/// NSErrorCode::UnsupportedFormat when no codec recognises them.
+IMAGING_EXPORT DecodedPicture decodePicture(ByteView bytes);
+IMAGING_EXPORT PictureHeader readPictureHeader(ByteView bytes);
+
+/// Throws a CodecException (TooLarge) when a picture of this description is beyond the limits, and
+/// (CorruptData) when its width or height is 0. Otherwise returns the bytes of one row without padding.
+IMAGING_EXPORT std::size_t checkPictureLimits(const PictureHeader& header, const PictureLimits& limits);
+
+/// The description text of an ICC profile ("sRGB IEC61966-2.1"), or "" when the bytes are no profile.
+IMAGING_EXPORT std::string colorProfileName(ByteView profile);
+
+} // namespace Platform
