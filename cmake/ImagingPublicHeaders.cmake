@@ -17,4 +17,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/PixelBuffer.h
   Platform/Foundation/URL.h
   Platform/Foundation/URLLoading.h
+  Platform/Graphics/BezierPath.h
+  Platform/Graphics/Color.h
+  Platform/Graphics/GraphicsContext.h
 )
