@@ -18,6 +18,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/URL.h
   Platform/Foundation/URLLoading.h
   Platform/Graphics/BezierPath.h
+  Platform/Graphics/BitmapImageRep.h
   Platform/Graphics/Color.h
   Platform/Graphics/GraphicsContext.h
 )
