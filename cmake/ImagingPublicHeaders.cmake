@@ -21,4 +21,5 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Graphics/BitmapImageRep.h
   Platform/Graphics/Color.h
   Platform/Graphics/GraphicsContext.h
+  Platform/Graphics/Image.h
 )
