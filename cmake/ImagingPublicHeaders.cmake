@@ -20,6 +20,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Graphics/BezierPath.h
   Platform/Graphics/BitmapImageRep.h
   Platform/Graphics/Color.h
+  Platform/Graphics/CoreGraphics.h
   Platform/Graphics/GraphicsContext.h
   Platform/Graphics/Image.h
 )
