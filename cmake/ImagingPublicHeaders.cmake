@@ -1,6 +1,7 @@
 # The headers that users of the library include: they are installed, and a test compiles each alone.
 
 set(IMAGING_PUBLIC_HEADERS
+  Imaging/Bounds.h
   Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h
