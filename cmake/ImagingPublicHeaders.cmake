@@ -1,7 +1,13 @@
 # The headers that users of the library include: they are installed, and a test compiles each alone.
 
 set(IMAGING_PUBLIC_HEADERS
+  Imaging/BitmapFormats.h
   Imaging/Bounds.h
+  Imaging/CachedImage.h
+  Imaging/DrawingTarget.h
+  Imaging/GraphicsContext.h
+  Imaging/Image.h
+  Imaging/Imaging.h
   Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Platform/Foundation/Export.h"
+
+namespace Imaging {
+
+class GraphicsContext;
+class IMGImage;
+class TransformAndClipList;
+
+/// What a draw hands down to be asked to draw a node in a way of its own, for example from textures: a
+/// drawing target, or a node that stands in for one.
+class IMAGING_EXPORT IMGDrawingTarget {
+public:
+    virtual ~IMGDrawingTarget();
+
+    /// Draws a whole node under the records of a draw, with a compositing operation and a fraction from 0 to
+    /// 1. The node and the list are only used during the call.
+    virtual void drawImage(IMGImage& node, const TransformAndClipList& transformClip, int operation,
+                           float fraction) = 0;
+
+    /// The full set of drawing operations, where the target is a graphics context; null otherwise.
+    virtual GraphicsContext* graphicsContext() { return nullptr; }
+
+protected:
+    IMGDrawingTarget() = default;
+    IMGDrawingTarget(const IMGDrawingTarget&) = default;
+    IMGDrawingTarget& operator=(const IMGDrawingTarget&) = default;
+};
+
+} // namespace Imaging
