@@ -1,0 +1,58 @@
+#include "Platform/Foundation/PixelBuffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+using namespace Platform;
+
+TEST(PixelBuffer, BeginsEmpty) {
+    const PixelBuffer buffer;
+    EXPECT_TRUE(buffer.empty());
+    EXPECT_EQ(buffer.size(), 0u);
+    EXPECT_EQ(buffer.data(), nullptr);
+}
+
+TEST(PixelBuffer, ZeroedMemoryIsZeroThroughout) {
+    const PixelBuffer buffer = PixelBuffer::zeroed(100'003);
+    ASSERT_EQ(buffer.size(), 100'003u);
+    EXPECT_TRUE(
+        std::all_of(buffer.data(), buffer.data() + buffer.size(), [](std::uint8_t b) { return b == 0; }));
+}
+
+TEST(PixelBuffer, UninitialisedMemoryCanBeWrittenThroughout) {
+    PixelBuffer buffer = PixelBuffer::uninitialised(4099);
+    std::memset(buffer.data(), 0xA5, buffer.size());
+    EXPECT_EQ(buffer.data()[0], 0xA5);
+    EXPECT_EQ(buffer.data()[4098], 0xA5);
+}
+
+TEST(PixelBuffer, MovingHandsTheMemoryOver) {
+    PixelBuffer first = PixelBuffer::zeroed(16);
+    const std::uint8_t* address = first.data();
+    first.data()[15] = 9;
+    const PixelBuffer second = std::move(first);
+    EXPECT_EQ(second.data(), address);
+    EXPECT_EQ(second.data()[15], 9);
+}
+
+TEST(PixelBuffer, OfNoBytesIsNoFailure) {
+    EXPECT_TRUE(PixelBuffer::zeroed(0).empty());
+    EXPECT_TRUE(PixelBuffer::uninitialised(0).empty());
+}
+
+TEST(CheckedProduct, MultipliesUpToSixtyFourBits) {
+    EXPECT_EQ(checkedProduct({}), 1u);
+    EXPECT_EQ(checkedProduct({6000, 4000, 4}), 96'000'000u);
+    EXPECT_EQ(checkedProduct({0xFFFFFFFFu, 0xFFFFFFFFu}), 0xFFFFFFFE00000001u);
+    EXPECT_EQ(checkedProduct({1ULL << 63, 1}), 1ULL << 63);
+    EXPECT_EQ(checkedProduct({1ULL << 40, 0, 1ULL << 10}), 0u);
+}
+
+TEST(CheckedProduct, GivesNothingBeyondSixtyFourBits) {
+    EXPECT_EQ(checkedProduct({1ULL << 63, 2}), std::nullopt);
+    EXPECT_EQ(checkedProduct({1ULL << 32, 1ULL << 31, 2}), std::nullopt);
+    EXPECT_EQ(checkedProduct({UINT64_MAX, UINT64_MAX}), std::nullopt);
+}
