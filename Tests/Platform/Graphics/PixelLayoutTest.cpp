@@ -1,0 +1,374 @@
+#include "Platform/Graphics/PixelLayout.h"
+
+#include "Tests/Support/Pixels.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+using namespace Platform;
+using namespace Pixels;
+
+namespace {
+
+/// A pixel's colour and alpha from 0 to 1, colour premultiplied.
+using Exact = std::array<double, 4>;
+
+std::string nameOf(const PixelLayout& layout) {
+    return "colour " + std::to_string(static_cast<int>(layout.color)) + ", alpha " +
+           std::to_string(static_cast<int>(layout.alpha)) + (layout.premultiplied ? "" : ", straight") +
+           ", " + std::to_string(layout.bitsPerSample) + " bits";
+}
+
+std::vector<PixelLayout> allLayouts() {
+    std::vector<PixelLayout> layouts;
+    for (const PixelColor color :
+         {PixelColor::Gray, PixelColor::InvertedGray, PixelColor::RGB, PixelColor::CMYK}) {
+        for (const PixelAlpha alpha : {PixelAlpha::None, PixelAlpha::Last, PixelAlpha::First,
+                                       PixelAlpha::SkipLast, PixelAlpha::SkipFirst}) {
+            for (const int bits : {8, 16}) {
+                for (const bool premultiplied : {true, false})
+                    layouts.push_back({color, alpha, premultiplied, bits});
+            }
+        }
+    }
+    return layouts;
+}
+
+int samplesOf(const PixelLayout& layout) {
+    return layout.colorSamples() + (layout.alpha == PixelAlpha::None ? 0 : 1);
+}
+
+/// Pixels of a layout in memory with padding that nothing may touch.
+class Memory {
+public:
+    Memory(const PixelLayout& layout, std::size_t width, std::size_t height, bool planar)
+        : m_sample_bytes(static_cast<std::size_t>(layout.bitsPerSample / 8)) {
+        const auto samples = static_cast<std::size_t>(samplesOf(layout));
+        pixels.planar = planar;
+        pixels.width = width;
+        pixels.height = height;
+        pixels.pixelStride = (planar ? 1 : samples) * m_sample_bytes + 3;
+        pixels.bytesPerRow = width * pixels.pixelStride + 5;
+        const std::size_t planes = planar ? samples : 1;
+        m_bytes.assign(planes * height * pixels.bytesPerRow, guard);
+        for (std::size_t i = 0; i < planes; ++i) {
+            pixels.planes[i] = m_bytes.data() + i * height * pixels.bytesPerRow;
+        }
+    }
+
+    std::uint8_t* address(std::size_t x, std::size_t y, std::size_t sample) {
+        const std::size_t at = y * pixels.bytesPerRow + x * pixels.pixelStride;
+        return pixels.planar ? pixels.planes[sample] + at : pixels.planes[0] + at + sample * m_sample_bytes;
+    }
+
+    unsigned sample(std::size_t x, std::size_t y, std::size_t index) {
+        std::uint16_t wide = 0;
+        if (m_sample_bytes == 1) return *address(x, y, index);
+        std::memcpy(&wide, address(x, y, index), 2);
+        return wide;
+    }
+
+    void setSample(std::size_t x, std::size_t y, std::size_t index, unsigned value) {
+        const auto wide = static_cast<std::uint16_t>(value);
+        if (m_sample_bytes == 1)
+            *address(x, y, index) = static_cast<std::uint8_t>(value);
+        else
+            std::memcpy(address(x, y, index), &wide, 2);
+    }
+
+    SourcePixels source() const {
+        SourcePixels result;
+        for (std::size_t i = 0; i < 5; ++i) result.planes[i] = pixels.planes[i];
+        result.planar = pixels.planar;
+        result.pixelStride = pixels.pixelStride;
+        result.bytesPerRow = pixels.bytesPerRow;
+        result.width = pixels.width;
+        result.height = pixels.height;
+        return result;
+    }
+
+    const std::vector<std::uint8_t>& bytes() const { return m_bytes; }
+
+    static constexpr std::uint8_t guard = 0xC7;
+    TargetPixels pixels;
+
+private:
+    std::size_t m_sample_bytes;
+    std::vector<std::uint8_t> m_bytes;
+};
+
+/// What stored samples mean, in real numbers.
+Exact meaningOf(const PixelLayout& layout, const std::vector<double>& samples) {
+    const std::size_t first = layout.alphaStandsFirst() ? 1 : 0;
+    const auto colors = static_cast<std::size_t>(layout.colorSamples());
+    const double alpha = layout.hasAlpha() ? samples[first == 1 ? 0 : colors] : 1;
+    // Where colour is premultiplied, all of an ink or of the light is alpha.
+    const double whole = layout.premultiplied ? alpha : 1;
+    const auto light = [&](std::size_t i) { return std::max(0.0, whole - samples[first + i]); };
+    Exact exact{0, 0, 0, alpha};
+    for (std::size_t i = 0; i < 3; ++i) {
+        switch (layout.color) {
+        case PixelColor::Gray:
+            exact[i] = samples[first];
+            break;
+        case PixelColor::InvertedGray:
+            exact[i] = light(0);
+            break;
+        case PixelColor::RGB:
+            exact[i] = samples[first + i];
+            break;
+        case PixelColor::CMYK:
+            exact[i] = whole > 0 ? light(i) * light(3) / whole : 0;
+            break;
+        }
+        if (!layout.premultiplied) exact[i] *= alpha;
+    }
+    return exact;
+}
+
+/// Random samples in which a premultiplied colour never exceeds its alpha.
+void fillAtRandom(Random& random, const PixelLayout& layout, Memory& memory) {
+    const int maximum = layout.bitsPerSample == 8 ? 255 : 65535;
+    const auto count = static_cast<std::size_t>(samplesOf(layout));
+    for (std::size_t y = 0; y < memory.pixels.height; ++y) {
+        for (std::size_t x = 0; x < memory.pixels.width; ++x) {
+            const int alpha = random.sample(maximum);
+            const bool limited = layout.hasAlpha() && layout.premultiplied;
+            const std::size_t alphaIndex = layout.alphaStandsFirst() ? 0 : count - 1;
+            for (std::size_t i = 0; i < count; ++i) {
+                const bool isAlpha = layout.hasAlpha() && i == alphaIndex;
+                const int value = isAlpha ? alpha : random.sample(limited ? alpha : maximum);
+                memory.setSample(x, y, i, static_cast<unsigned>(value));
+            }
+        }
+    }
+}
+
+/// A straight division of integers, rounded to nearest with ties upward.
+std::uint64_t roundedQuotient(std::uint64_t dividend, std::uint64_t divisor) {
+    return (2 * dividend + divisor) / (2 * divisor);
+}
+
+/// A stored sample in the range of another depth.
+template<class Sample>
+double atDepth(unsigned value, int bits) {
+    if (bits == 8) return sizeof(Sample) == 1 ? value : value * 257.0;
+    return sizeof(Sample) == 2 ? value : static_cast<double>(roundedQuotient(value * 255ULL, 65535));
+}
+
+template<class Sample>
+void expectReadAsMeant(Random& random, const PixelLayout& layout, bool planar) {
+    Memory memory(layout, 13, 4, planar);
+    fillAtRandom(random, layout, memory);
+    constexpr double maximum = std::numeric_limits<Sample>::max();
+    // Each sample is brought to the depth asked for; then every product is rounded once.
+    const double roundings = (layout.premultiplied ? 0 : 1) + (layout.color == PixelColor::CMYK ? 1 : 0);
+    std::vector<Sample> row(13 * 4);
+    for (std::size_t y = 0; y < 4; ++y) {
+        readRow(memory.source(), layout, y, row.data());
+        for (std::size_t x = 0; x < 13; ++x) {
+            std::vector<double> samples;
+            for (int i = 0; i < samplesOf(layout); ++i) {
+                const unsigned value = memory.sample(x, y, static_cast<std::size_t>(i));
+                samples.push_back(atDepth<Sample>(value, layout.bitsPerSample) / maximum);
+            }
+            const Exact exact = meaningOf(layout, samples);
+            for (std::size_t i = 0; i < 4; ++i) {
+                ASSERT_NEAR(row[x * 4 + i], exact[i] * maximum, (i == 3 ? 0 : 0.5 * roundings) + 1e-6)
+                    << nameOf(layout) << (planar ? ", planar" : "") << ", column " << x << ", sample " << i;
+            }
+        }
+    }
+}
+
+} // namespace
+
+TEST(PixelLayout, ReadsEveryLayoutAsItsSamplesAreMeant) {
+    Random random(51);
+    for (const PixelLayout& layout : allLayouts()) {
+        for (const bool planar : {false, true}) {
+            expectReadAsMeant<std::uint8_t>(random, layout, planar);
+            expectReadAsMeant<std::uint16_t>(random, layout, planar);
+        }
+    }
+}
+
+TEST(PixelLayout, WritingWhatWasReadGivesTheSameBytesAndTouchesNoPadding) {
+    Random random(52);
+    for (const PixelLayout& layout : allLayouts()) {
+        if (layout.color == PixelColor::CMYK || (layout.hasAlpha() && !layout.premultiplied)) continue;
+        Memory memory(layout, 11, 3, false);
+        fillAtRandom(random, layout, memory);
+        // A sample that is skipped is written as what alpha would be: 255 or 65535.
+        if (layout.alpha == PixelAlpha::SkipFirst || layout.alpha == PixelAlpha::SkipLast) {
+            const std::size_t skipped =
+                layout.alphaStandsFirst() ? 0 : static_cast<std::size_t>(layout.colorSamples());
+            for (std::size_t i = 0; i < 33; ++i) memory.setSample(i % 11, i / 11, skipped, 0xFFFF);
+        }
+        Memory copy(layout, 11, 3, false);
+        for (std::size_t y = 0; y < 3; ++y) {
+            if (layout.bitsPerSample == 8) {
+                std::vector<std::uint8_t> row(44);
+                readRow(memory.source(), layout, y, row.data());
+                writeRow(copy.pixels, layout, y, row.data());
+            } else {
+                std::vector<std::uint16_t> row(44);
+                readRow(memory.source(), layout, y, row.data());
+                writeRow(copy.pixels, layout, y, row.data());
+            }
+        }
+        EXPECT_EQ(copy.bytes(), memory.bytes()) << nameOf(layout);
+    }
+}
+
+TEST(PixelLayout, AWiderDepthThereAndBackGivesTheSameEightBits) {
+    Random random(53);
+    const PixelLayout layout{PixelColor::RGB, PixelAlpha::Last, true, 8};
+    Memory memory(layout, 64, 1, false);
+    fillAtRandom(random, layout, memory);
+    std::vector<std::uint16_t> row(256);
+    readRow(memory.source(), layout, 0, row.data());
+    for (std::size_t i = 0; i < 256; ++i) EXPECT_EQ(row[i], memory.sample(i / 4, 0, i % 4) * 257);
+    Memory copy(layout, 64, 1, false);
+    writeRow(copy.pixels, layout, 0, row.data());
+    EXPECT_EQ(copy.bytes(), memory.bytes());
+}
+
+TEST(PixelLayout, SixteenBitsBecomeEightRoundingToNearest) {
+    const PixelLayout layout{PixelColor::Gray, PixelAlpha::None, true, 16};
+    Memory memory(layout, 65536, 1, false);
+    for (unsigned v = 0; v < 65536; ++v) memory.setSample(v, 0, 0, v);
+    std::vector<std::uint8_t> row(65536 * 4);
+    readRow(memory.source(), layout, 0, row.data());
+    for (std::size_t v = 0; v < 65536; ++v) {
+        ASSERT_EQ(row[v * 4], roundedQuotient(v * 255, 65535)) << v;
+        ASSERT_EQ(row[v * 4 + 3], 255);
+    }
+}
+
+TEST(PixelLayout, PremultipliesRoundingToNearestForEveryPairOfBytes) {
+    const PixelLayout layout{PixelColor::Gray, PixelAlpha::Last, false, 8};
+    Memory memory(layout, 65536, 1, false);
+    for (unsigned i = 0; i < 65536; ++i) {
+        memory.setSample(i, 0, 0, i / 256);
+        memory.setSample(i, 0, 1, i % 256);
+    }
+    std::vector<std::uint8_t> row(65536 * 4);
+    readRow(memory.source(), layout, 0, row.data());
+    for (std::size_t i = 0; i < 65536; ++i) {
+        ASSERT_EQ(row[i * 4], roundedQuotient((i / 256) * (i % 256), 255)) << i / 256 << " times " << i % 256;
+    }
+}
+
+TEST(PixelLayout, UnmultipliesRoundingToNearestForEveryPairOfBytes) {
+    const PixelLayout layout{PixelColor::Gray, PixelAlpha::First, false, 8};
+    Memory memory(layout, 256, 1, false);
+    for (unsigned alpha = 0; alpha < 256; ++alpha) {
+        std::vector<std::uint8_t> row;
+        for (unsigned color = 0; color < 256; ++color) {
+            for (const unsigned v : {color, color, color, alpha}) row.push_back(static_cast<std::uint8_t>(v));
+        }
+        writeRow(memory.pixels, layout, 0, row.data());
+        for (unsigned color = 0; color < 256; ++color) {
+            const std::uint64_t expected =
+                alpha == 0 ? 0 : std::min<std::uint64_t>(255, roundedQuotient(color * 255U, alpha));
+            ASSERT_EQ(memory.sample(color, 0, 1), expected) << color << " over " << alpha;
+            ASSERT_EQ(memory.sample(color, 0, 0), alpha);
+        }
+    }
+}
+
+TEST(PixelLayout, SixteenBitProductsAreRoundedToNearestAtTheExtremes) {
+    const PixelLayout layout{PixelColor::Gray, PixelAlpha::Last, false, 16};
+    const unsigned values[] = {0, 1, 2, 255, 256, 257, 32767, 32768, 65279, 65534, 65535};
+    Memory memory(layout, 1, 1, false);
+    for (const unsigned color : values) {
+        for (const unsigned alpha : values) {
+            memory.setSample(0, 0, 0, color);
+            memory.setSample(0, 0, 1, alpha);
+            std::array<std::uint16_t, 4> pixel{};
+            readRow(memory.source(), layout, 0, pixel.data());
+            EXPECT_EQ(pixel[0], roundedQuotient(std::uint64_t{color} * alpha, 65535))
+                << color << ", " << alpha;
+            EXPECT_EQ(pixel[3], alpha);
+        }
+    }
+}
+
+TEST(PixelLayout, StraightColourSurvivesBothWaysWhereAlphaIsFull) {
+    const PixelLayout layout{PixelColor::RGB, PixelAlpha::Last, false, 16};
+    Random random(54);
+    Memory memory(layout, 50, 1, false);
+    fillAtRandom(random, layout, memory);
+    for (std::size_t x = 0; x < 50; ++x) memory.setSample(x, 0, 3, 65535);
+    std::vector<std::uint16_t> row(200);
+    readRow(memory.source(), layout, 0, row.data());
+    Memory copy(layout, 50, 1, false);
+    writeRow(copy.pixels, layout, 0, row.data());
+    EXPECT_EQ(copy.bytes(), memory.bytes());
+}
+
+TEST(PixelLayout, ColourBecomesGrayByFixedWeightsRoundedToNearest) {
+    const PixelLayout eight{PixelColor::Gray, PixelAlpha::None, true, 8};
+    const PixelLayout sixteen{PixelColor::Gray, PixelAlpha::None, true, 16};
+    Memory narrow(eight, 1, 1, false);
+    Memory wide(sixteen, 1, 1, false);
+    Random random(55);
+    for (int round = 0; round < 2000; ++round) {
+        std::array<std::uint8_t, 4> bytes{};
+        std::array<std::uint16_t, 4> words{};
+        for (std::size_t i = 0; i < 3; ++i) {
+            bytes[i] = static_cast<std::uint8_t>(random.sample());
+            words[i] = static_cast<std::uint16_t>(random.sample(65535));
+        }
+        bytes[3] = 255;
+        words[3] = 65535;
+        writeRow(narrow.pixels, eight, 0, bytes.data());
+        writeRow(wide.pixels, sixteen, 0, words.data());
+        ASSERT_EQ(narrow.sample(0, 0, 0),
+                  roundedQuotient(30U * bytes[0] + 59U * bytes[1] + 11U * bytes[2], 100));
+        ASSERT_EQ(wide.sample(0, 0, 0),
+                  roundedQuotient(30U * words[0] + 59U * words[1] + 11U * words[2], 100));
+    }
+}
+
+TEST(PixelLayout, InvertedGrayIsWrittenAsWhatIsMissing) {
+    const PixelLayout opaque{PixelColor::InvertedGray, PixelAlpha::None, true, 8};
+    const PixelLayout premultiplied{PixelColor::InvertedGray, PixelAlpha::Last, true, 8};
+    const PixelLayout straight{PixelColor::InvertedGray, PixelAlpha::Last, false, 8};
+    const std::array<std::uint8_t, 4> pixel{30, 30, 30, 60}; // half of the light, under an alpha of 60
+    const auto written = [&pixel](const PixelLayout& layout) {
+        Memory memory(layout, 1, 1, false);
+        writeRow(memory.pixels, layout, 0, pixel.data());
+        return memory.sample(0, 0, 0);
+    };
+    EXPECT_EQ(written(opaque), 225U);       // as it looks on black: 255 - 30
+    EXPECT_EQ(written(premultiplied), 30U); // 60 - 30
+    EXPECT_EQ(written(straight), 127U);     // 30 / 60 is 128 of 255, the rest is missing
+}
+
+TEST(PixelLayout, ALayoutWithoutAlphaGetsTheColourAsItLooksOnBlack) {
+    const PixelLayout layout{PixelColor::RGB, PixelAlpha::SkipFirst, true, 8};
+    Memory memory(layout, 1, 1, false);
+    const std::array<std::uint8_t, 4> pixel{10, 20, 30, 40};
+    writeRow(memory.pixels, layout, 0, pixel.data());
+    EXPECT_EQ(memory.sample(0, 0, 1), 10U);
+    EXPECT_EQ(memory.sample(0, 0, 2), 20U);
+    EXPECT_EQ(memory.sample(0, 0, 3), 30U);
+}
+
+TEST(PixelLayout, PacksWordsAsCairoHoldsThem) {
+    const std::array<std::uint8_t, 8> rgba{1, 2, 3, 4, 255, 254, 253, 252};
+    std::array<std::uint32_t, 2> words{};
+    packWords(rgba.data(), words.data(), 2);
+    EXPECT_EQ(words[0], 0x04010203U);
+    EXPECT_EQ(words[1], 0xFCFFFEFDU);
+    std::array<std::uint8_t, 8> back{};
+    unpackWords(words.data(), back.data(), 2);
+    EXPECT_EQ(back, rgba);
+}
