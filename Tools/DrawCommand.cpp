@@ -1,0 +1,114 @@
+#include "Tools/Canvas.h"
+#include "Tools/Input.h"
+#include "Tools/Output.h"
+#include "Tools/Progress.h"
+#include "Tools/Subcommand.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Tool {
+
+using Platform::NSColor;
+using Platform::NSRect;
+
+namespace {
+
+const SubcommandText drawText = {
+    "draw", "Draw a picture or graph into a new picture", "[OPTION...] INPUT -o OUTPUT",
+    R"(INPUT is a picture file (JPEG, PNG or TIFF), an http, https or file URL, '-'
+for standard input, or a graph that 'imaging archive' made; which of them is
+told by its content. A picture is drawn the way up that its file declares,
+unless --no-orient is given; pictures inside a graph of several are drawn as
+they are stored.
+
+OUTPUT is a .jpg, .jpeg, .png, .tif or .tiff file, or '-' for standard output,
+which needs --format. It may be the INPUT. It is written whole or not at all,
+with 8 bits a sample, and without alpha where all of it is opaque. JPEG has no
+alpha: what is transparent becomes white.)",
+    R"(  imaging draw photo.jpg -o photo.png
+  imaging draw photo.jpg -o small.jpg --size 800 --quality 80
+  imaging draw photo.jpg -o square.png --size 512x512 --fit cover
+  imaging draw logo.png -o card.jpg --size 1200x630 --background '#204060'
+  imaging draw http://example.com/a.jpg -o - --format png > a.png
+  imaging draw layers.graph -o layers.tif)"};
+
+class DrawCommand : public Subcommand {
+public:
+    const SubcommandText& text() const override { return drawText; }
+
+protected:
+    void declare(CLI::App& app) override;
+    ExitStatus run() override;
+
+private:
+    NSColor backgroundFor(const OutputFormat& format) const;
+
+    PictureOutput m_output;
+    std::string m_size;
+    std::string m_fit = "contain";
+    std::string m_background;
+    bool m_no_orient = false;
+};
+
+void DrawCommand::declare(CLI::App& app) {
+    app.add_option("-o,--output", m_output.path, "The picture to write; its suffix names the format")
+        ->type_name("OUTPUT");
+    app.add_option("--format", m_output.format, "jpg, png or tiff, whatever the suffix says")
+        ->type_name("FORMAT");
+    app.add_option("--size", m_size,
+                   "The new size in pixels as WxH; W or xH alone keeps\n"
+                   "the shape. Without it the input's own")
+        ->type_name("SIZE");
+    app.add_option("--fit", m_fit,
+                   "How to bring it into another shape: contain (all of\n"
+                   "it, in the middle of the background; the default),\n"
+                   "cover (fill and cut) or stretch")
+        ->type_name("FIT");
+    app.add_option("--background", m_background,
+                   "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
+                   "transparent, or a name such as white, black, gray or\n"
+                   "navy. By default transparent, and white for JPEG")
+        ->type_name("COLOR");
+    app.add_option("--quality", m_output.quality, "Of a JPEG, 1 to 100 (90)")->type_name("N");
+    app.add_flag("--no-orient", m_no_orient,
+                 "Draw pictures as they are stored, whatever way up\n"
+                 "they declare")
+        ->disable_flag_override();
+}
+
+NSColor DrawCommand::backgroundFor(const OutputFormat& format) const {
+    if (!m_background.empty()) return parseColor(m_background, "--background");
+    return format.hasAlpha ? NSColor::clearColor() : NSColor::whiteColor();
+}
+
+ExitStatus DrawCommand::run() {
+    const std::string& input = onlyOperand("an input");
+    const OutputFormat format = m_output.checkedFormat();
+    const PixelSize asked = m_size.empty() ? PixelSize{} : parseSize(m_size, "--size", false);
+    const Fit fit = parseFit(m_fit, "--fit");
+    const NSColor background = backgroundFor(format);
+
+    Progress progress(1, quiet());
+    progress.beginStep(shownName(input));
+    const Drawing drawing(loadNode(input), input, m_no_orient ? Upright::AsStored : Upright::AsDeclared);
+    const PixelSize size = drawing.completed(asked);
+    const auto bitmap = drawnOnCanvas(
+        size, shownPath(m_output.path), "choose a smaller --size",
+        [&drawing, &size, &format, &background, fit] {
+            const NSRect whole = {Platform::NSZeroPoint,
+                                  {static_cast<float>(size.width), static_cast<float>(size.height)}};
+            if (!format.hasAlpha)
+                paint(whole, NSColor::whiteColor()); // for a background that lets it through
+            paint(whole, background);
+            drawing.drawInRect(drawing.placed(whole, fit));
+            return whole;
+        });
+    m_output.write(*bitmap);
+    return Done;
+}
+
+} // namespace
+
+std::unique_ptr<Subcommand> makeDrawCommand() { return std::make_unique<DrawCommand>(); }
+
+} // namespace Tool

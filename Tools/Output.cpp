@@ -1,0 +1,160 @@
+#include "Tools/Output.h"
+
+#include "Tools/Messages.h"
+#include "Tools/Process.h"
+#include "Tools/Values.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+
+namespace Tool {
+
+using Platform::ByteView;
+using Platform::NSBitmapImageRep;
+using Platform::NSData;
+using Platform::NSError;
+
+namespace {
+
+struct Suffix {
+    std::string_view word;
+    OutputFormat format;
+};
+
+constexpr OutputFormat jpeg = {Platform::NSJPEGFileType, false, true};
+constexpr OutputFormat png = {Platform::NSPNGFileType, true, false};
+constexpr OutputFormat tiff = {Platform::NSTIFFFileType, true, false};
+constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg}, Suffix{"png", png},
+                                 Suffix{"tif", tiff}, Suffix{"tiff", tiff}};
+
+std::optional<OutputFormat> formatNamed(std::string word) {
+    for (char& c : word) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    for (const Suffix& suffix : suffixes) {
+        if (suffix.word == word) return suffix.format;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> formatWords(const std::string& prefix) {
+    std::vector<std::string> words;
+    for (const Suffix& suffix : suffixes) words.push_back(prefix + std::string(suffix.word));
+    return words;
+}
+
+OutputFormat formatOf(const PictureOutput& output) {
+    if (!output.format.empty()) {
+        if (const auto format = formatNamed(output.format)) return *format;
+        throw UsageError("--format: '" + output.format + "' cannot be written; known are " +
+                         enumeration(formatWords("")) + suggestion(output.format, formatWords("")));
+    }
+    if (output.path == "-")
+        throw UsageError("-o -: standard output has no suffix to tell the format by; add --format");
+    const std::string suffix = std::filesystem::path(output.path).extension().string();
+    if (const auto format = suffix.empty() ? std::nullopt : formatNamed(suffix.substr(1))) return *format;
+    throw UsageError("-o " + output.path +
+                     ": the suffix names no format that can be written; those that work are " +
+                     enumeration(formatWords(".")) + ", or add --format");
+}
+
+bool isOpaque(const NSBitmapImageRep& bitmap) {
+    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const std::uint8_t* row = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();
+        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) {
+            if (row[x * 4 + 3] != 255) return false;
+        }
+    }
+    return true;
+}
+
+/// The colour of a drawn bitmap (8 bits, red, green, blue and alpha) alone; null when memory runs out.
+std::shared_ptr<NSBitmapImageRep> withoutAlpha(const NSBitmapImageRep& bitmap) {
+    Platform::NSBitmapDescription description;
+    description.pixelsWide = bitmap.pixelsWide();
+    description.pixelsHigh = bitmap.pixelsHigh();
+    description.samplesPerPixel = 3;
+    description.hasAlpha = false;
+    std::shared_ptr<NSBitmapImageRep> opaque = NSBitmapImageRep::bitmapWithDescription(description);
+    if (opaque == nullptr) return nullptr;
+    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const std::uint8_t* from = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();
+        std::uint8_t* to = opaque->bitmapData() + static_cast<std::size_t>(y) * opaque->bytesPerRow();
+        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) std::copy_n(from + x * 4, 3, to + x * 3);
+    }
+    return opaque;
+}
+
+/// Writing into devices and pipes may block for ever, so only files are written without interruption.
+bool isFileOrNothing(const std::string& path) {
+    std::error_code failure;
+    const auto status = std::filesystem::status(path, failure);
+    return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+}
+
+} // namespace
+
+std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
+
+OutputFormat PictureOutput::checkedFormat() const {
+    checkOutputPath(path);
+    const OutputFormat chosen = formatOf(*this);
+    if (quality.empty()) return chosen;
+    if (!chosen.hasQuality)
+        throw UsageError("--quality: only JPEG has a quality; leave it out or write a .jpg");
+    parseNumber(quality, "--quality", 1, 100);
+    return chosen;
+}
+
+void PictureOutput::write(const NSBitmapImageRep& bitmap) const {
+    Platform::NSImageProperties properties;
+    const std::int64_t percent = quality.empty() ? 90 : parseNumber(quality, "--quality", 1, 100);
+    properties[std::string(Platform::NSImageCompressionFactor)] = static_cast<double>(percent) / 100.0;
+    const std::shared_ptr<NSBitmapImageRep> opaque = isOpaque(bitmap) ? withoutAlpha(bitmap) : nullptr;
+    const NSBitmapImageRep& written = opaque != nullptr ? *opaque : bitmap;
+    NSError error;
+    const std::optional<NSData> data =
+        written.representationUsingType(checkedFormat().fileType, properties, &error);
+    if (!data.has_value()) throw Failure(shownPath(path), error.message);
+    writeOutput(*data, path);
+}
+
+void checkOutputPath(const std::string& path) {
+    if (path.empty()) throw UsageError("the output is missing: -o FILE, or -o - for standard output");
+    if (path == "-") return;
+    std::error_code failure;
+    const std::filesystem::path output(path);
+    if (std::filesystem::is_directory(output, failure)) throw Failure(path, "this is a folder, not a file");
+    const std::filesystem::path folder = output.parent_path();
+    if (folder.empty() || std::filesystem::is_directory(folder, failure)) return;
+    throw Failure(path, "the folder does not exist; make it first");
+}
+
+void writeOutput(ByteView data, const std::string& path) {
+    NSError error;
+    bool written = false;
+    if (path == "-") {
+        // The descriptor itself, whatever it is: a file is continued where the shell left it.
+        written = Platform::writeToFileAtomically(data, "/dev/fd/1", &error);
+    } else if (isFileOrNothing(path)) {
+        const UninterruptedScope scope;
+        written = Platform::writeToFileAtomically(data, path, &error);
+    } else {
+        written = Platform::writeToFileAtomically(data, path, &error);
+    }
+    if (!written) throw Failure(shownPath(path), error.message);
+}
+
+void writeStandardOutput(std::string_view text) {
+    const auto* bytes = static_cast<const std::uint8_t*>(static_cast<const void*>(text.data()));
+    writeOutput({bytes, text.size()}, "-");
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code failure;
+    return std::filesystem::equivalent(a, b, failure) && !failure;
+}
+
+} // namespace Tool

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Platform/Foundation/Data.h"
+#include "Platform/Graphics/BitmapImageRep.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// Where results go: a file, or "-" for standard output.
+namespace Tool {
+
+/// A format that pictures can be written in.
+struct OutputFormat {
+    int fileType = 0; ///< Platform::NSBitmapImageFileType
+    bool hasAlpha = true;
+    bool hasQuality = false;
+};
+
+/// The arguments that say where a picture goes and how.
+struct PictureOutput {
+    std::string path;
+    std::string format;  ///< empty: by the suffix of the path
+    std::string quality; ///< empty: 90
+
+    /// The format. Throws a UsageError when the path is missing, neither the format nor the suffix is one
+    /// that can be written, or a quality was given where there is none or that is none.
+    OutputFormat checkedFormat() const;
+
+    /// Encodes a bitmap and writes it, without alpha where all of it is opaque. Throws a Failure.
+    void write(const Platform::NSBitmapImageRep& bitmap) const;
+};
+
+/// Throws a UsageError when the path is empty, and a Failure when it cannot be written because its folder is
+/// missing or it is a folder itself; so that long work is not done in vain.
+void checkOutputPath(const std::string& path);
+
+/// The path as it is shown in messages.
+std::string shownPath(const std::string& path);
+
+/// Writes a file so that nobody ever sees half of it, also when the command is interrupted. Throws a Failure.
+void writeOutput(Platform::ByteView data, const std::string& path);
+
+/// Throws a Failure when not everything could be written.
+void writeStandardOutput(std::string_view text);
+
+/// True when both names lead to the same file.
+bool isSameFile(const std::string& a, const std::string& b);
+
+} // namespace Tool

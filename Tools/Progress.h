@@ -1,0 +1,41 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace Tool {
+
+/// How far a long piece of work has come: a line with count, name and time left on standard error, where that
+/// is a terminal, from the second second on. The line is gone when the object goes.
+class Progress {
+public:
+    /// `count` steps are to come. Nothing is shown when `quiet`.
+    Progress(std::size_t count, bool quiet);
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// The next step begins, and whichever was under way is done. The name is shown.
+    void beginStep(const std::string& name);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void showUntilTheEnd();
+    std::string line(Clock::time_point now) const;
+
+    const std::size_t m_count;
+    const Clock::time_point m_start = Clock::now();
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::size_t m_begun = 0;
+    std::string m_name;
+    bool m_ended = false;
+    std::thread m_thread; ///< shows the line while the work blocks in a picture or on the network
+};
+
+} // namespace Tool

@@ -1,0 +1,12 @@
+// The command `imaging`: tells about pictures, draws them, archives them and lays them out.
+
+#include "Tools/CommandLine.h"
+#include "Tools/Process.h"
+
+#include <string>
+#include <vector>
+
+int main(int argc, char** argv) {
+    Tool::prepareProcess();
+    return Tool::runCommandLine(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+}
