@@ -47,14 +47,10 @@ private:
     std::string m_size;
     std::string m_fit = "contain";
     std::string m_background;
-    bool m_no_orient = false;
 };
 
 void DrawCommand::declare(CLI::App& app) {
-    app.add_option("-o,--output", m_output.path, "The picture to write; its suffix names the format")
-        ->type_name("OUTPUT");
-    app.add_option("--format", m_output.format, "jpg, png or tiff, whatever the suffix says")
-        ->type_name("FORMAT");
+    m_output.declareWhere(app, "picture", "OUTPUT");
     app.add_option("--size", m_size,
                    "The new size in pixels as WxH; W or xH alone keeps\n"
                    "the shape. Without it the input's own")
@@ -69,11 +65,7 @@ void DrawCommand::declare(CLI::App& app) {
                    "transparent, or a name such as white, black, gray or\n"
                    "navy. By default transparent, and white for JPEG")
         ->type_name("COLOR");
-    app.add_option("--quality", m_output.quality, "Of a JPEG, 1 to 100 (90)")->type_name("N");
-    app.add_flag("--no-orient", m_no_orient,
-                 "Draw pictures as they are stored, whatever way up\n"
-                 "they declare")
-        ->disable_flag_override();
+    m_output.declareHow(app);
 }
 
 NSColor DrawCommand::backgroundFor(const OutputFormat& format) const {
@@ -90,7 +82,8 @@ ExitStatus DrawCommand::run() {
 
     Progress progress(1, quiet());
     progress.beginStep(shownName(input));
-    const Drawing drawing(loadNode(input), input, m_no_orient ? Upright::AsStored : Upright::AsDeclared);
+    const Drawing drawing(loadNode(input), input,
+                          m_output.asStored ? Upright::AsStored : Upright::AsDeclared);
     const PixelSize size = drawing.completed(asked);
     const auto bitmap = drawnOnCanvas(
         size, shownPath(m_output.path), "choose a smaller --size",

@@ -4,6 +4,8 @@
 #include "Tools/Process.h"
 #include "Tools/Values.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -97,6 +99,20 @@ bool isFileOrNothing(const std::string& path) {
 } // namespace
 
 std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
+
+void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const std::string& typeName) {
+    app.add_option("-o,--output", path, "The " + what + " to write; its suffix names the format")
+        ->type_name(typeName);
+    app.add_option("--format", format, "jpg, png or tiff, whatever the suffix says")->type_name("FORMAT");
+}
+
+void PictureOutput::declareHow(CLI::App& app) {
+    app.add_option("--quality", quality, "Of a JPEG, 1 to 100 (90)")->type_name("N");
+    app.add_flag("--no-orient", asStored,
+                 "Draw pictures as they are stored, whatever way up\n"
+                 "they declare")
+        ->disable_flag_override();
+}
 
 OutputFormat PictureOutput::checkedFormat() const {
     checkOutputPath(path);

@@ -7,6 +7,10 @@
 #include <string>
 #include <string_view>
 
+namespace CLI {
+class App;
+}
+
 /// Where results go: a file, or "-" for standard output.
 namespace Tool {
 
@@ -17,11 +21,18 @@ struct OutputFormat {
     bool hasQuality = false;
 };
 
-/// The arguments that say where a picture goes and how.
+/// The arguments that say where a picture goes and how, the same for every subcommand that draws one.
 struct PictureOutput {
     std::string path;
-    std::string format;  ///< empty: by the suffix of the path
-    std::string quality; ///< empty: 90
+    std::string format;    ///< empty: by the suffix of the path
+    std::string quality;   ///< empty: 90
+    bool asStored = false; ///< drawn without regard to the way up that pictures declare
+
+    /// Adds -o and --format to a parser that outlives this object; `what` is "picture" or the like.
+    void declareWhere(CLI::App& app, const std::string& what, const std::string& typeName);
+
+    /// Adds --quality and --no-orient.
+    void declareHow(CLI::App& app);
 
     /// The format. Throws a UsageError when the path is missing, neither the format nor the suffix is one
     /// that can be written, or a quality was given where there is none or that is none.

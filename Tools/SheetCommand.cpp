@@ -64,14 +64,10 @@ private:
     std::string m_background = "#363636";
     std::string m_frame;
     bool m_skip_bad = false;
-    bool m_no_orient = false;
 };
 
 void SheetCommand::declare(CLI::App& app) {
-    app.add_option("-o,--output", m_output.path, "The sheet to write; its suffix names the format")
-        ->type_name("SHEET");
-    app.add_option("--format", m_output.format, "jpg, png or tiff, whatever the suffix says")
-        ->type_name("FORMAT");
+    m_output.declareWhere(app, "sheet", "SHEET");
     app.add_option("--columns", m_columns,
                    "Pictures in a row. By default about as many as there\n"
                    "are rows")
@@ -89,15 +85,11 @@ void SheetCommand::declare(CLI::App& app) {
                    "The mat around each picture: its width in pixels and\n"
                    "its colour, or none (1/40 of the cell, white)")
         ->type_name("WIDTH,COLOR");
-    app.add_option("--quality", m_output.quality, "Of a JPEG, 1 to 100 (90)")->type_name("N");
     app.add_flag("--skip-bad", m_skip_bad,
                  "Go on without pictures that cannot be read; they are\n"
                  "still named")
         ->disable_flag_override();
-    app.add_flag("--no-orient", m_no_orient,
-                 "Draw pictures as they are stored, whatever way up\n"
-                 "they declare")
-        ->disable_flag_override();
+    m_output.declareHow(app);
 }
 
 PixelSize SheetCommand::checkedCell() const {
@@ -138,7 +130,7 @@ std::vector<std::string> SheetCommand::names() const {
 
 std::optional<Drawing> SheetCommand::drawingFor(const std::string& name) const {
     try {
-        return Drawing(loadNode(name), name, m_no_orient ? Upright::AsStored : Upright::AsDeclared);
+        return Drawing(loadNode(name), name, m_output.asStored ? Upright::AsStored : Upright::AsDeclared);
     } catch (const Failure& failure) {
         if (!m_skip_bad) throw;
         report(failure.subject(), failure.what());
