@@ -1,6 +1,8 @@
 #include "Platform/Graphics/BezierPath.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Graphics/BitmapImageRep.h"
+#include "Platform/Graphics/Image.h"
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>
@@ -360,5 +362,14 @@ TEST(BezierPath, DrawsNothingWithoutAContext) {
     square.fill();
     square.stroke();
     square.addClip();
-    SUCCEED();
+
+    // Neither paint nor clip waits for the next context.
+    NSImage picture(NSMakeSize(8, 8));
+    const NSImageFocus focus(picture);
+    NSColor::whiteColor().set();
+    NSRectFill(NSMakeRect(6, 0, 2, 8));
+    const auto bitmap = NSBitmapImageRep::bitmapWithFocusedViewRect(NSMakeRect(0, 0, 8, 8));
+    ASSERT_NE(bitmap, nullptr);
+    EXPECT_EQ(bitmap->pixelAt(2, 6)[3], 0);
+    EXPECT_EQ(bitmap->pixelAt(7, 0)[3], 255);
 }
