@@ -1,4 +1,4 @@
-# The library that is installed, its package files, and the archive that the tests link.
+# The library that is installed, its package files, and the archive that the tests and benchmarks link.
 
 include(CMakePackageConfigHelpers)
 include(ImagingPublicHeaders)
@@ -32,7 +32,7 @@ install(FILES "${PROJECT_BINARY_DIR}/ImagingConfig.cmake" "${PROJECT_BINARY_DIR}
 configure_file(cmake/imaging.pc.in imaging.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/imaging.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-if(IMAGING_BUILD_TESTS)
+if(IMAGING_BUILD_TESTS OR IMAGING_BUILD_BENCHMARKS)
   add_library(ImagingInternal STATIC $<TARGET_OBJECTS:ImagingObjects>)
   target_compile_features(ImagingInternal PUBLIC cxx_std_20)
   target_include_directories(ImagingInternal PUBLIC "${PROJECT_SOURCE_DIR}")
