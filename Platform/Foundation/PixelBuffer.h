@@ -14,7 +14,8 @@ namespace Platform {
 /// allocation or an offset goes through here first.
 IMAGING_EXPORT std::optional<std::uint64_t> checkedProduct(std::initializer_list<std::uint64_t> factors);
 
-/// Memory for pixels: owned, movable, never copied by accident, never resized.
+/// Memory for pixels: owned, movable, never copied by accident, never resized. From 4 MiB on it lies on huge
+/// pages where the system grants them, since taking fresh small pages costs more than filling them.
 class IMAGING_EXPORT PixelBuffer {
 public:
     PixelBuffer() = default;
@@ -32,12 +33,16 @@ public:
 
 private:
     struct Free {
+        std::size_t mapped; /// the length of the mapping; 0 for memory of the heap
+
         void operator()(std::uint8_t* bytes) const;
     };
+    using Bytes = std::unique_ptr<std::uint8_t, Free>;
 
-    PixelBuffer(std::uint8_t* bytes, std::size_t size);
+    PixelBuffer(Bytes bytes, std::size_t size);
+    static Bytes mapped(std::size_t size);
 
-    std::unique_ptr<std::uint8_t, Free> m_bytes;
+    Bytes m_bytes;
     std::size_t m_size = 0;
 };
 

@@ -29,6 +29,23 @@ TEST(PixelBuffer, UninitialisedMemoryCanBeWrittenThroughout) {
     EXPECT_EQ(buffer.data()[4098], 0xA5);
 }
 
+TEST(PixelBuffer, LargeMemoryIsZeroAndCanBeWrittenToItsLastByte) {
+    for (const std::size_t size : {(4U << 20) - 1, 4U << 20, (4U << 20) + 1, (6U << 20) + 4099}) {
+        PixelBuffer zeroed = PixelBuffer::zeroed(size);
+        PixelBuffer any = PixelBuffer::uninitialised(size);
+        ASSERT_EQ(zeroed.size(), size);
+        ASSERT_TRUE(std::all_of(zeroed.data(), zeroed.data() + size, [](auto byte) { return byte == 0; }));
+        std::fill_n(zeroed.data(), size, std::uint8_t{7});
+        std::copy_n(zeroed.data(), size, any.data());
+        EXPECT_EQ(any.data()[size - 1], 7);
+    }
+}
+
+TEST(PixelBuffer, MoreThanThereIsThrows) {
+    EXPECT_THROW((void)PixelBuffer::zeroed(std::size_t{1} << 60), std::bad_alloc);
+    EXPECT_THROW((void)PixelBuffer::uninitialised(SIZE_MAX), std::bad_alloc);
+}
+
 TEST(PixelBuffer, MovingHandsTheMemoryOver) {
     PixelBuffer first = PixelBuffer::zeroed(16);
     const std::uint8_t* address = first.data();
