@@ -1,11 +1,11 @@
 #include "Platform/Graphics/CairoSupport.h"
 
-#include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
 
 #include <cmath>
 #include <new>
 #include <string>
+#include <utility>
 
 namespace Platform {
 
@@ -50,26 +50,31 @@ CairoContext measuringContext() {
     return CairoContext(cairo_create(surface.get()));
 }
 
-CairoSurface makePixelSurface(std::int64_t width, std::int64_t height) {
-    const std::string measures = std::to_string(width) + " x " + std::to_string(height) + " pixels";
-    if (width <= 0 || height <= 0) {
-        throw NSException(NSImageCacheException, "a picture of " + measures + " cannot be drawn");
-    }
-    if (width > maximumCairoSide || height > maximumCairoSide) {
-        throw NSException(NSImageCacheException, "a picture of " + measures + " cannot be drawn; at most " +
+CairoSurface surfaceOver(std::shared_ptr<const PixelImage> pixels) {
+    static const cairo_user_data_key_t ownerKey{};
+    if (pixels->width() > maximumCairoSide || pixels->height() > maximumCairoSide) {
+        throw NSException(NSImageCacheException, "a picture of " + std::to_string(pixels->width()) + " x " +
+                                                     std::to_string(pixels->height()) +
+                                                     " pixels cannot be drawn this way; at most " +
                                                      std::to_string(maximumCairoSide) +
                                                      " pixels fit along a side");
     }
-    const PictureLimits limits = pictureLimits();
-    const auto pixels = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
-    if (pixels > limits.maximumPixels || pixels > limits.maximumBytes / 4) {
-        throw NSException(NSImageCacheException,
-                          "a picture of " + measures + " is beyond the picture limits");
+    // Cairo takes what it only reads as writable too.
+    auto* const words = const_cast<std::uint32_t*>(pixels->row(0));
+    CairoSurface surface(cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(words),
+                                                             CAIRO_FORMAT_ARGB32, pixels->width(),
+                                                             pixels->height(), pixels->width() * 4));
+    auto* const owner = new std::shared_ptr<const PixelImage>(std::move(pixels));
+    const auto release = [](void* data) { delete static_cast<std::shared_ptr<const PixelImage>*>(data); };
+    if (cairo_surface_set_user_data(surface.get(), &ownerKey, owner, release) != CAIRO_STATUS_SUCCESS) {
+        delete owner;
+        throw std::bad_alloc();
     }
-    CairoSurface surface(
-        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(width), static_cast<int>(height)));
-    if (cairo_surface_status(surface.get()) != CAIRO_STATUS_SUCCESS) throw std::bad_alloc();
     return surface;
+}
+
+CairoSurface makePixelSurface(std::int64_t width, std::int64_t height) {
+    return surfaceOver(PixelImage::transparent(width, height));
 }
 
 void checkStatus(cairo_t* context) {

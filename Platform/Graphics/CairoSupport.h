@@ -4,6 +4,7 @@
 
 #include "Platform/Foundation/AffineTransform.h"
 #include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/PixelImage.h"
 
 #include <cairo.h>
 #include <memory>
@@ -53,9 +54,12 @@ void setFillRule(cairo_t* context, NSWindingRule rule);
 /// A context without pixels, for measuring paths.
 CairoContext measuringContext();
 
-/// A new picture of premultiplied 32-bit pixels, all transparent black. Throws an NSException
-/// (NSImageCacheException) when a side is 0 or more than the 32750 pixels that Cairo can draw, or the picture
-/// limits are exceeded.
+/// Pixels as a surface to draw on or from, which keeps them alive. Throws an NSException
+/// (NSImageCacheException) when a side is longer than the 32750 pixels that Cairo can draw.
+CairoSurface surfaceOver(std::shared_ptr<const PixelImage> pixels);
+
+/// A new surface of premultiplied 32-bit pixels, all transparent black. Throws like PixelImage::transparent
+/// and surfaceOver.
 CairoSurface makePixelSurface(std::int64_t width, std::int64_t height);
 
 /// Throws an NSException (NSGraphicsException) when an earlier call on the context failed.

@@ -2,8 +2,9 @@
 
 #include "Platform/Foundation/PixelBuffer.h"
 #include "Platform/Graphics/BitmapPixels.h"
-#include "Platform/Graphics/DrawablePicture.h"
+#include "Platform/Graphics/BitmapRows.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/PictureDrawing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -280,7 +281,7 @@ public:
     void drawImage(NSRect rect, const CGImage& image) override {
         const NSRect bounds =
             NSMakeRect(0, 0, static_cast<float>(image.width), static_cast<float>(image.height));
-        const DrawablePicture picture(pixelSurfaceOf(pixelsOf(image), layoutOf(image)), bounds);
+        DrawablePicture picture(std::make_shared<PlainRows>(pixelsOf(image), layoutOf(image)), bounds);
         drawPicture(*m_context, picture, rect, bounds, NSCompositeSourceOver, static_cast<double>(m_alpha));
     }
 

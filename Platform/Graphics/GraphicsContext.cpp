@@ -3,10 +3,13 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/CairoSupport.h"
 #include "Platform/Graphics/Compositing.h"
+#include "Platform/Graphics/Painter.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
+#include <optional>
 #include <utility>
 
 namespace Platform {
@@ -31,6 +34,16 @@ void setSource(cairo_t* cairo, const NSColor& color) {
     const auto number = [](float component) { return std::isnan(component) ? 0.0 : double{component}; };
     cairo_set_source_rgba(cairo, number(color.redComponent()), number(color.greenComponent()),
                           number(color.blueComponent()), number(color.alphaComponent()));
+}
+
+/// The colour as pixels hold it: components clamped, not-a-number counting as 0, each product with alpha
+/// rounded to nearest.
+std::uint32_t premultipliedWord(const NSColor& color) {
+    const auto part = [](float component) { return component > 0 ? std::min(double{component}, 1.0) : 0.0; };
+    const double alpha = part(color.alphaComponent());
+    const auto sample = [](double value) { return static_cast<std::uint32_t>(std::lround(value * 255)); };
+    return sample(alpha) << 24 | sample(part(color.redComponent()) * alpha) << 16 |
+           sample(part(color.greenComponent()) * alpha) << 8 | sample(part(color.blueComponent()) * alpha);
 }
 
 /// A path's attributes for Cairo's next stroke; false when such a stroke would leave no mark, or one too
@@ -126,7 +139,13 @@ void NSGraphicsContext::fillShape(const NSBezierPath& path, int operation) {
     appendPath(m_cairo, path);
     setFillRule(m_cairo, path.windingRule());
     cairo_clip(m_cairo);
-    compositeClipArea(m_cairo, operation, 1.0, [this](cairo_t* target) { setSource(target, m_state.color); });
+    if (const std::optional<PixelTarget> target = PixelTarget::ofContext(m_cairo)) {
+        const auto sampler = makeColorSampler(premultipliedWord(m_state.color));
+        paint(*target, ClipCoverage(m_cairo, *target), *sampler, operation, 1.0);
+    } else {
+        compositeClipArea(m_cairo, operation, 1.0,
+                          [this](cairo_t* context) { setSource(context, m_state.color); });
+    }
     m_has_painted = true;
 }
 

@@ -4,8 +4,10 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/URLLoading.h"
 #include "Platform/Graphics/BitmapPixels.h"
-#include "Platform/Graphics/DrawablePicture.h"
+#include "Platform/Graphics/BitmapRows.h"
+#include "Platform/Graphics/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/PictureDrawing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,17 +36,18 @@ std::int64_t pixelsForPoints(float points) {
     return std::max<std::int64_t>(1, static_cast<std::int64_t>(std::ceil(points - 1.0 / 256)));
 }
 
-/// A picture's best bitmap as it is drawn, and what was drawn as a bitmap.
-CairoSurface surfaceOf(const NSBitmapImageRep& bitmap) {
-    return pixelSurfaceOf(sourcePixels(bitmap), pixelLayout(bitmap));
-}
-
-std::shared_ptr<NSBitmapImageRep> bitmapOf(cairo_surface_t* surface) {
+/// What was drawn as a bitmap.
+std::shared_ptr<NSBitmapImageRep> bitmapOf(DrawablePicture& picture) {
     NSBitmapDescription description;
-    description.pixelsWide = cairo_image_surface_get_width(surface);
-    description.pixelsHigh = cairo_image_surface_get_height(surface);
+    description.pixelsWide = picture.width();
+    description.pixelsHigh = picture.height();
     std::shared_ptr<NSBitmapImageRep> bitmap = NSBitmapImageRep::bitmapWithDescription(description);
-    if (bitmap != nullptr) writeSurface(surface, 0, 0, targetPixels(*bitmap), pixelLayout(*bitmap));
+    if (bitmap == nullptr) return nullptr;
+    const std::shared_ptr<const PixelImage> pixels = picture.level(0);
+    const TargetPixels target = targetPixels(*bitmap);
+    for (int y = 0; y < pixels->height(); ++y) {
+        writeWords(target, pixelLayout(*bitmap), static_cast<std::size_t>(y), pixels->row(y));
+    }
     return bitmap;
 }
 
@@ -160,13 +163,12 @@ std::shared_ptr<DrawablePicture> NSImage::makeDrawable() const {
     if (best == nullptr) return nullptr;
     const NSRect bounds{NSZeroPoint, fillsPicture(*best) ? m_size : best->size()};
     if (const auto bitmap = std::dynamic_pointer_cast<NSBitmapImageRep>(best)) {
-        return std::make_shared<DrawablePicture>(surfaceOf(*bitmap), bounds);
+        return std::make_shared<DrawablePicture>(std::make_shared<BitmapRows>(bitmap), bounds);
     }
     const auto cached = std::dynamic_pointer_cast<NSCachedImageRep>(best);
     if (cached == nullptr) return nullptr; // a form that only the application knows how to draw
     if (NSEqualRects(cached->picture()->bounds(), bounds)) return cached->picture();
-    return std::make_shared<DrawablePicture>(
-        CairoSurface(cairo_surface_reference(cached->picture()->surface())), bounds);
+    return cached->picture()->withBounds(bounds);
 }
 
 std::shared_ptr<DrawablePicture> NSImage::drawable() {
@@ -187,13 +189,15 @@ std::shared_ptr<DrawablePicture> NSImage::focusDrawable() {
         const bool isShared = best.use_count() > 2 && dynamic_cast<NSCachedImageRep*>(best.get()) != nullptr;
         return isShared ? shown->copy() : shown;
     }
-    CairoSurface pixels = makePixelSurface(pixelsForPoints(m_size.width), pixelsForPoints(m_size.height));
+    const auto pixels =
+        PixelImage::transparent(pixelsForPoints(m_size.width), pixelsForPoints(m_size.height));
     // One point a pixel, so the last column and row may reach beyond a size that is not whole.
-    const NSRect covered = NSMakeRect(0, 0, static_cast<float>(cairo_image_surface_get_width(pixels.get())),
-                                      static_cast<float>(cairo_image_surface_get_height(pixels.get())));
-    auto picture = std::make_shared<DrawablePicture>(std::move(pixels), covered);
+    const NSRect covered =
+        NSMakeRect(0, 0, static_cast<float>(pixels->width()), static_cast<float>(pixels->height()));
+    auto picture = std::make_shared<DrawablePicture>(pixels, covered);
     if (shown == nullptr) return picture;
-    const CairoContext cairo(cairo_create(picture->surface()));
+    const CairoSurface surface = surfaceOver(pixels);
+    const CairoContext cairo(cairo_create(surface.get()));
     const auto context =
         NSGraphicsContext::graphicsContextWithCairo(cairo.get(), static_cast<double>(covered.size.height));
     drawPicture(*context, *shown, shown->bounds(), shown->bounds(), NSCompositeCopy, 1);
@@ -204,16 +208,17 @@ void NSImage::lockFocus() {
     if (m_focus != nullptr) throw NSException(NSImageCacheException, "the picture already has focus");
     auto focus = std::make_unique<Focus>();
     focus->picture = focusDrawable();
-    cairo_surface_t* const surface = focus->picture->surface();
-    const auto pixelsWide = static_cast<float>(cairo_image_surface_get_width(surface));
-    const auto pixelsHigh = static_cast<float>(cairo_image_surface_get_height(surface));
-    const CairoContext cairo(cairo_create(surface));
+    const auto pixelsWide = static_cast<float>(focus->picture->width());
+    const auto pixelsHigh = static_cast<float>(focus->picture->height());
+    const CairoSurface surface = surfaceOver(focus->picture->pixels());
+    const CairoContext cairo(cairo_create(surface.get()));
     focus->context = NSGraphicsContext::graphicsContextWithCairo(cairo.get(), pixelsHigh);
     if (!NSEqualSizes(focus->picture->bounds().size, NSMakeSize(pixelsWide, pixelsHigh))) {
         // The pixels are the representation's, of which there may be more or fewer than points.
         focus->context->concat(
             NSAffineTransform({pixelsWide / m_size.width, 0, 0, pixelsHigh / m_size.height, 0, 0}));
     }
+    focus->picture->beginChanges();
     focus->previous = NSGraphicsContext::currentContext();
     NSGraphicsContext::setCurrentContext(focus->context);
     m_focus = std::move(focus);
@@ -223,7 +228,8 @@ void NSImage::unlockFocus() {
     if (m_focus == nullptr) throw NSException(NSImageCacheException, "the picture has no focus");
     const std::unique_ptr<Focus> focus = std::move(m_focus);
     NSGraphicsContext::setCurrentContext(focus->previous);
-    cairo_surface_flush(focus->picture->surface());
+    cairo_surface_flush(cairo_get_target(focus->context->cairo()));
+    focus->picture->endChanges();
     const bool painted = focus->context->hasPainted();
     if (painted) {
         m_representations = {std::make_shared<NSCachedImageRep>(focus->picture)};
@@ -239,7 +245,7 @@ std::shared_ptr<NSBitmapImageRep> NSImage::bitmapToEncode(NSError* error) const 
     if (auto bitmap = std::dynamic_pointer_cast<NSBitmapImageRep>(best)) return bitmap;
     std::shared_ptr<NSBitmapImageRep> drawn;
     if (const auto cached = std::dynamic_pointer_cast<NSCachedImageRep>(best)) {
-        drawn = bitmapOf(cached->picture()->surface());
+        drawn = bitmapOf(*cached->picture());
         if (drawn != nullptr) drawn->setSize(cached->size()); // which the file shows as its resolution
     } else {
         NSBitmapDescription blank;
@@ -264,7 +270,8 @@ void NSImage::drawInRect(NSRect destination, NSRect source, int operation, float
     std::shared_ptr<DrawablePicture> picture = m_focus != nullptr ? m_focus->picture : drawable();
     if (picture == nullptr) {
         // Nothing, which still replaces what is there under an operation such as copy.
-        picture = std::make_shared<DrawablePicture>(makePixelSurface(1, 1), NSRect{NSZeroPoint, m_size});
+        picture =
+            std::make_shared<DrawablePicture>(PixelImage::transparent(1, 1), NSRect{NSZeroPoint, m_size});
     }
     const NSRect part = NSEqualRects(source, NSZeroRect) ? NSRect{NSZeroPoint, m_size} : source;
     drawPicture(*context, *picture, destination, part, operation, static_cast<double>(fraction));

@@ -28,16 +28,23 @@ enum NSImageCacheMode : int {
 
 /// A picture: a size in points, the forms in which it exists, and, once it was drawn, a ready-to-draw copy.
 ///
-/// Memory: the decoded bitmap for as long as it is a representation, and 4 bytes a pixel for the
-/// ready-to-draw copy, from the first draw or `lockFocus` until `recache`, a change of the representations,
-/// size or cache mode, or the picture's end; with NSImageCacheNever only during a draw. A picture that was
-/// made from encoded data or from a URL keeps those encoded bytes for archiving; one from a file does not.
+/// Memory: the decoded bitmap for as long as it is a representation, and what is ready to be drawn: 4 bytes a
+/// pixel for the picture at full size, once it was drawn at more than half its size or had focus, and a
+/// third of that for all its halved levels together, each of them from the first draw that is small enough to
+/// need it. All that is kept until `recache`, a change of the representations, size or cache mode, or the
+/// picture's end; with NSImageCacheNever only during a draw. `releasePictureMemory` takes back what can be
+/// made again. A picture that was made from encoded data or from a URL keeps those encoded bytes for
+/// archiving; one from a file does not.
+///
+/// Colours are converted to sRGB, once, when the ready-to-draw copy is made: by the bitmap's ICC profile
+/// (relative colorimetric) where it has one that fits its samples, otherwise its numbers count as sRGB.
 ///
 /// The ready-to-draw copy shows the representation with the most pixels (of equals the first). It fills the
 /// picture's size when the representation's own size equals it or the picture scales when resized;
 /// otherwise it stands unscaled, in its own size, in the lower left corner.
 ///
-/// Nothing is locked: a picture is used by one thread at a time.
+/// Nothing is locked: a picture is used by one thread at a time. The ready-to-draw copy reads the bitmap when
+/// a draw first needs it, so a bitmap's pixels must not be changed without `recache` afterwards.
 class IMAGING_EXPORT NSImage : public NSCoding {
 public:
     /// An empty picture of a size, transparent black all over. It has no representation until something is
@@ -100,7 +107,8 @@ public:
     /// reaches beyond what the picture shows, transparent black is drawn. Whole-pixel
     /// moves, quarter turns and flips about whole-pixel centres copy pixels exactly; everything else is
     /// interpolated bilinearly, or averaged where the picture is made smaller, with antialiased edges.
-    /// Does nothing without a current context. Throws an NSException when drawing fails.
+    /// Onto pixels in memory every result is within 1 of 255 of the exact one. Does nothing without a current
+    /// context. Throws an NSException when drawing fails.
     virtual void drawInRect(NSRect destination, NSRect source, int operation, float fraction);
 
     /// The encoded bytes that the picture was made from; null when they are not known or the picture was
@@ -136,6 +144,11 @@ private:
     bool m_scales_when_resized = false;
     bool m_data_retained = false;
 };
+
+/// Takes back the memory of all pictures that can be made again: ready-to-draw copies of bitmaps, and halved
+/// levels. The next draw of a picture makes anew what it needs. Safe from any thread at any time; drawing
+/// that runs out of memory calls it by itself.
+IMAGING_EXPORT void releasePictureMemory();
 
 /// Holds a picture's focus for a scope, and gives it back on the way out of an exception too.
 class IMAGING_EXPORT NSImageFocus {

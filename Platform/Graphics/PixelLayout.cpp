@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 namespace Platform {
 
@@ -190,6 +191,19 @@ void unpackWords(const std::uint32_t* words, std::uint8_t* rgba, std::size_t cou
         rgba[2] = static_cast<std::uint8_t>(words[i]);
         rgba[3] = static_cast<std::uint8_t>(words[i] >> 24);
     }
+}
+
+void readWords(const SourcePixels& pixels, const PixelLayout& layout, std::size_t y, std::uint32_t* words) {
+    std::vector<std::uint8_t> row(pixels.width * 4);
+    readRow(pixels, layout, y, row.data());
+    packWords(row.data(), words, pixels.width);
+}
+
+void writeWords(const TargetPixels& pixels, const PixelLayout& layout, std::size_t y,
+                const std::uint32_t* words) {
+    std::vector<std::uint8_t> row(pixels.width * 4);
+    unpackWords(words, row.data(), pixels.width);
+    writeRow(pixels, layout, y, row.data());
 }
 
 } // namespace Platform

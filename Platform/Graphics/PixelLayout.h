@@ -50,6 +50,10 @@ void readRow(const SourcePixels& pixels, const PixelLayout& layout, std::size_t 
 template<class Sample>
 void writeRow(const TargetPixels& pixels, const PixelLayout& layout, std::size_t y, const Sample* rgba);
 
+void readWords(const SourcePixels& pixels, const PixelLayout& layout, std::size_t y, std::uint32_t* words);
+void writeWords(const TargetPixels& pixels, const PixelLayout& layout, std::size_t y,
+                const std::uint32_t* words);
+
 /// Premultiplied RGBA of 8 bits to and from the native 32-bit words that Cairo draws on (0xAARRGGBB).
 void packWords(const std::uint8_t* rgba, std::uint32_t* words, std::size_t count);
 void unpackWords(const std::uint32_t* words, std::uint8_t* rgba, std::size_t count);

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <cmath>
 #include <limits>
 #include <string>
@@ -280,17 +282,24 @@ TEST(Image, TiffOfAnEmptyPictureIsTransparentAndOneWithoutAreaHasNone) {
     }
 }
 
-TEST(Image, ABitmapTooLargeToDrawThrowsAndTheContextGoesOn) {
+TEST(Image, ABitmapLongerThanCairoCanHoldIsDrawnButCannotHaveFocus) {
     NSBitmapDescription d;
     d.pixelsWide = 40000;
     d.pixelsHigh = 1;
     d.samplesPerPixel = 1;
     d.hasAlpha = false;
     d.colorSpaceName = NSCalibratedWhiteColorSpace;
+    const auto bitmap = NSBitmapImageRep::bitmapWithDescription(d);
+    std::fill_n(bitmap->bitmapData() + 20000, 20000, std::uint8_t{255});
     NSImage image(NSMakeSize(40000, 1));
-    image.addRepresentation(NSBitmapImageRep::bitmapWithDescription(d));
-    Canvas canvas(4, 4, black);
-    EXPECT_THROW(image.drawInRect(NSMakeRect(0, 0, 4, 4), NSZeroRect, NSCompositeCopy, 1), NSException);
+    image.addRepresentation(bitmap);
+    Canvas canvas(4, 4, red);
+    image.drawInRect(NSMakeRect(0, 0, 4, 4), NSZeroRect, NSCompositeCopy, 1);
+    for (int y = 0; y < 4; ++y) {
+        EXPECT_EQ(canvas.pixels().at(0, y), black);
+        EXPECT_EQ(canvas.pixels().at(3, y), white);
+    }
+    EXPECT_THROW(image.lockFocus(), NSException);
     EXPECT_NE(image.TIFFRepresentation(), std::nullopt) << "it can still be written";
     NSColor::whiteColor().set();
     NSRectFill(NSMakeRect(0, 0, 4, 4));

@@ -1,0 +1,23 @@
+#pragma once
+
+// Internal: the painter, which puts rows of pixels onto a target. Not installed.
+//
+//   DrawablePicture ─ levels ─→ RowSampler ─ rows of words ─→ blendRow ─→ PixelTarget
+//                                                    ClipCoverage ─┘
+
+#include "Platform/Graphics/PictureSampler.h"
+#include "Platform/Graphics/PixelTarget.h"
+
+namespace Platform {
+
+/// Paints what a clip leaves of a target with what a sampler gives, scaled by `fraction` (0 to 1, clamped;
+/// not-a-number counts as 0) and combined by `operation`: what is there changes in proportion to the
+/// coverage, and pixels that are not covered stay as they are. `within` limits the sampler's picture: outside
+/// of it, and in proportion, there is nothing to paint; null for a picture without end.
+///
+/// Large areas are painted by all cores, the result not depending on how many there are. For rounding see
+/// `blendRow`.
+void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler, int operation,
+           double fraction, const ClipCoverage* within = nullptr);
+
+} // namespace Platform

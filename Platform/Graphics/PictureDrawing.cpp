@@ -1,0 +1,122 @@
+#include "Platform/Graphics/PictureDrawing.h"
+
+#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/Image.h"
+#include "Platform/Graphics/Painter.h"
+
+#include <cmath>
+#include <new>
+
+namespace Platform {
+
+namespace {
+
+bool isDrawable(NSRect r) {
+    return !NSIsEmptyRect(r) && std::isfinite(r.origin.x) && std::isfinite(r.origin.y) &&
+           std::isfinite(NSMaxX(r)) && std::isfinite(NSMaxY(r));
+}
+
+/// Maps the picture's space to the context's: source onto destination, each axis by itself.
+cairo_matrix_t placement(NSRect source, NSRect destination) {
+    const double scaleX = static_cast<double>(destination.size.width) / source.size.width;
+    const double scaleY = static_cast<double>(destination.size.height) / source.size.height;
+    cairo_matrix_t matrix;
+    cairo_matrix_init(&matrix, scaleX, 0, 0, scaleY, destination.origin.x - source.origin.x * scaleX,
+                      destination.origin.y - source.origin.y * scaleY);
+    return matrix;
+}
+
+/// Maps pixels, rows downward, to the space that the picture's bounds lie in.
+cairo_matrix_t pixelPlacement(const DrawablePicture& picture) {
+    const NSRect bounds = picture.bounds();
+    cairo_matrix_t matrix;
+    cairo_matrix_init(&matrix, static_cast<double>(bounds.size.width) / picture.width(), 0, 0,
+                      -static_cast<double>(bounds.size.height) / picture.height(), bounds.origin.x,
+                      NSMaxY(bounds));
+    return matrix;
+}
+
+/// Whether the picture's bounds hold the rectangle, give or take what would not show in 8 bits.
+bool reachesOver(const DrawablePicture& picture, NSRect source) {
+    const NSRect bounds = picture.bounds();
+    const float slackX = bounds.size.width / (256.0F * static_cast<float>(picture.width()));
+    const float slackY = bounds.size.height / (256.0F * static_cast<float>(picture.height()));
+    return NSContainsRect(NSInsetRect(bounds, -slackX, -slackY), source);
+}
+
+/// Whether the context draws onto the picture's own pixels, which then would be read while being written.
+bool drawsOnto(cairo_t* cairo, const DrawablePicture& picture) {
+    const auto target = PixelTarget::ofContext(cairo);
+    return target.has_value() && picture.holds(target->row(0));
+}
+
+void clipToPicture(cairo_t* cairo, const PlacedPicture& placed) {
+    cairo_reset_clip(cairo);
+    cairo_set_matrix(cairo, &placed.matrix);
+    cairo_new_path(cairo);
+    appendPath(cairo,
+               NSBezierPath::bezierPathWithRect(NSMakeRect(0, 0, static_cast<float>(placed.picture.width()),
+                                                           static_cast<float>(placed.picture.height()))));
+    cairo_clip(cairo);
+}
+
+void drawClipped(cairo_t* cairo, const PlacedPicture& placed, int operation, double fraction) {
+    if (PixelTarget::ofContext(cairo).has_value()) {
+        drawByPainter(cairo, placed, operation, fraction);
+    } else {
+        drawByCairo(cairo, placed, operation, fraction);
+    }
+}
+
+} // namespace
+
+void drawByPainter(cairo_t* context, const PlacedPicture& placed, int operation, double fraction) {
+    const PixelTarget target = PixelTarget::ofContext(context).value();
+    const ClipCoverage coverage(context, target);
+    if (coverage.area().isEmpty()) return;
+    const auto sampler = makePictureSampler(placed.picture, target.toPixels(placed.matrix), coverage.area());
+    if (sampler != nullptr && placed.coversClip) {
+        paint(target, coverage, *sampler, operation, fraction);
+    } else if (sampler != nullptr) {
+        const CairoStateScope state(context);
+        clipToPicture(context, placed);
+        const ClipCoverage within(context, target);
+        paint(target, coverage, *sampler, operation, fraction, &within);
+    } else if (!placed.coversClip) {
+        paint(target, coverage, *makeColorSampler(0), operation, fraction);
+    }
+}
+
+void drawPicture(NSGraphicsContext& context, DrawablePicture& picture, NSRect destination, NSRect source,
+                 int operation, double fraction) {
+    if (!context.canDraw() || !isDrawable(destination) || !isDrawable(source)) return;
+    cairo_t* const cairo = context.cairo();
+    if (drawsOnto(cairo, picture)) {
+        drawPicture(context, *picture.copy(), destination, source, operation, fraction);
+        return;
+    }
+    const CairoStateScope state(cairo);
+    cairo_matrix_t matrix;
+    cairo_get_matrix(cairo, &matrix);
+    const cairo_matrix_t place = placement(source, destination);
+    const cairo_matrix_t pixels = pixelPlacement(picture);
+    cairo_matrix_multiply(&matrix, &place, &matrix);
+    cairo_matrix_multiply(&matrix, &pixels, &matrix);
+    if (!isUsable(matrix)) return; // shrunk to nothing
+
+    cairo_new_path(cairo);
+    appendPath(cairo, NSBezierPath::bezierPathWithRect(destination));
+    cairo_clip(cairo);
+    const PlacedPicture placed{picture, matrix, reachesOver(picture, source)};
+    try {
+        drawClipped(cairo, placed, operation, fraction);
+    } catch (const std::bad_alloc&) {
+        releasePictureMemory();
+        drawClipped(cairo, placed, operation, fraction);
+    }
+    checkStatus(cairo);
+    context.notePainted();
+}
+
+} // namespace Platform
