@@ -225,11 +225,22 @@ NSBitmapImageRep::~NSBitmapImageRep() = default;
 
 std::shared_ptr<NSBitmapImageRep>
 NSBitmapImageRep::bitmapWithDescription(const NSBitmapDescription& description) {
+    return bitmapOnOwnPixels(description, PixelBuffer::zeroed);
+}
+
+std::shared_ptr<NSBitmapImageRep>
+NSBitmapImageRep::bitmapWithUninitialisedPixels(const NSBitmapDescription& description) {
+    return bitmapOnOwnPixels(description, PixelBuffer::uninitialised);
+}
+
+std::shared_ptr<NSBitmapImageRep>
+NSBitmapImageRep::bitmapOnOwnPixels(const NSBitmapDescription& description,
+                                    PixelBuffer (*allocate)(std::size_t size)) {
     NSBitmapDescription resolved = description;
     if (!resolve(resolved)) return nullptr;
     const std::optional<std::size_t> size = checkedSize(resolved);
     if (!size.has_value()) return nullptr;
-    PixelBuffer own = PixelBuffer::zeroed(*size);
+    PixelBuffer own = allocate(*size);
     Planes planes{};
     const std::size_t planeBytes = resolved.bytesPerRow * static_cast<std::size_t>(resolved.pixelsHigh);
     const int count = resolved.isPlanar ? resolved.samplesPerPixel : 1;
@@ -314,7 +325,7 @@ std::shared_ptr<NSBitmapImageRep> NSBitmapImageRep::bitmapWithFocusedViewRect(NS
     NSBitmapDescription description;
     description.pixelsWide = static_cast<std::int64_t>(right - left);
     description.pixelsHigh = static_cast<std::int64_t>(bottom - top);
-    const std::shared_ptr<NSBitmapImageRep> bitmap = bitmapWithDescription(description);
+    const std::shared_ptr<NSBitmapImageRep> bitmap = bitmapWithUninitialisedPixels(description);
     if (bitmap == nullptr) return nullptr;
     writeSurface(surface, static_cast<std::size_t>(left), static_cast<std::size_t>(top),
                  targetPixels(*bitmap), pixelLayout(*bitmap));

@@ -100,6 +100,10 @@ public:
     /// pixel shorter than its samples, an unknown colour space) or is beyond the picture limits.
     static std::shared_ptr<NSBitmapImageRep> bitmapWithDescription(const NSBitmapDescription& description);
 
+    /// The same with bytes of no certain value, for who writes all of them before anybody reads.
+    static std::shared_ptr<NSBitmapImageRep>
+    bitmapWithUninitialisedPixels(const NSBitmapDescription& description);
+
     /// The same on the caller's memory, which is neither copied nor freed and must outlive the bitmap; one
     /// pointer for a meshed bitmap, one a sample for a planar one.
     static std::shared_ptr<NSBitmapImageRep> bitmapOverPlanes(const NSBitmapDescription& description,
@@ -155,6 +159,8 @@ public:
 private:
     NSBitmapImageRep(const NSBitmapDescription& resolved, const Planes& planes, PixelBuffer own);
     static std::shared_ptr<NSBitmapImageRep> bitmapWithDecodedPicture(DecodedPicture picture);
+    static std::shared_ptr<NSBitmapImageRep> bitmapOnOwnPixels(const NSBitmapDescription& description,
+                                                               PixelBuffer (*allocate)(std::size_t size));
     std::uint8_t* sampleAddress(std::int64_t x, std::int64_t y, int sample) const;
 
     PixelBuffer m_own_pixels;

@@ -1,10 +1,12 @@
 #include "Platform/Graphics/BitmapPixels.h"
 
+#include "Platform/Foundation/ParallelRows.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <vector>
+#include <memory>
+#include <utility>
 
 namespace Platform {
 
@@ -32,6 +34,30 @@ PixelColor pixelColor(std::string_view colorSpaceName) {
     return colorSpaceName == NSDeviceCMYKColorSpace ? PixelColor::CMYK : PixelColor::RGB;
 }
 
+/// Calls `body(y)` for every row, of large pictures on all cores at once: a band of fewer than half a million
+/// pixels is done before another thread has begun.
+template<class Body>
+void forEachRow(std::size_t width, std::size_t height, const Body& body) {
+    constexpr std::size_t pixelsPerBand = std::size_t{1} << 19;
+    const std::size_t minimumRows = pixelsPerBand / std::max<std::size_t>(1, width) + 1;
+    forEachRowBand(static_cast<std::int64_t>(height), static_cast<std::int64_t>(minimumRows),
+                   [&](std::int64_t first, std::int64_t end) {
+                       for (std::int64_t y = first; y < end; ++y) body(static_cast<std::size_t>(y));
+                   });
+}
+
+/// Sets the pixels of a row from column `first` on to 0.
+void clearColumns(const TargetPixels& pixels, const PixelLayout& layout, std::size_t y, std::size_t first) {
+    const auto samples = static_cast<std::size_t>(layout.colorSamples()) +
+                         static_cast<std::size_t>(layout.alpha == PixelAlpha::None ? 0 : 1);
+    const std::size_t planes = pixels.planar ? samples : 1;
+    for (std::size_t i = 0; i < planes; ++i) {
+        std::uint8_t* const row = pixels.planes[i] + y * pixels.bytesPerRow;
+        std::fill_n(row + first * pixels.pixelStride, (pixels.width - first) * pixels.pixelStride,
+                    std::uint8_t{0});
+    }
+}
+
 } // namespace
 
 PixelLayout pixelLayout(const NSBitmapImageRep& bitmap) {
@@ -51,35 +77,38 @@ SourcePixels sourcePixels(const NSBitmapImageRep& bitmap) { return pixelsOf<Sour
 TargetPixels targetPixels(NSBitmapImageRep& bitmap) { return pixelsOf<TargetPixels>(bitmap); }
 
 CairoSurface pixelSurfaceOf(const SourcePixels& pixels, const PixelLayout& layout) {
-    CairoSurface surface =
-        makePixelSurface(static_cast<std::int64_t>(pixels.width), static_cast<std::int64_t>(pixels.height));
-    cairo_surface_flush(surface.get());
-    std::vector<std::uint8_t> row(pixels.width * 4);
-    std::vector<std::uint32_t> words(pixels.width);
-    const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface.get()));
-    std::uint8_t* const data = cairo_image_surface_get_data(surface.get());
-    for (std::size_t y = 0; y < pixels.height; ++y) {
-        readRow(pixels, layout, y, row.data());
-        packWords(row.data(), words.data(), pixels.width);
-        std::copy_n(reinterpret_cast<const std::uint8_t*>(words.data()), pixels.width * 4, data + y * stride);
-    }
-    cairo_surface_mark_dirty(surface.get());
-    return surface;
+    std::shared_ptr<PixelImage> words = PixelImage::uninitialised(static_cast<std::int64_t>(pixels.width),
+                                                                  static_cast<std::int64_t>(pixels.height));
+    forEachRow(pixels.width, pixels.height, [&](std::size_t y) {
+        readWords(pixels, layout, y, words->row(static_cast<int>(y)));
+    });
+    return surfaceOver(std::move(words));
 }
 
 void writeSurface(cairo_surface_t* surface, std::size_t left, std::size_t top, const TargetPixels& pixels,
                   const PixelLayout& layout) {
     cairo_surface_flush(surface);
-    std::vector<std::uint8_t> row(pixels.width * 4);
-    std::vector<std::uint32_t> words(pixels.width);
     const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface));
-    const std::uint8_t* const data = cairo_image_surface_get_data(surface);
-    for (std::size_t y = 0; y < pixels.height; ++y) {
-        std::copy_n(data + (top + y) * stride + left * 4, pixels.width * 4,
-                    reinterpret_cast<std::uint8_t*>(words.data()));
-        unpackWords(words.data(), row.data(), pixels.width);
-        writeRow(pixels, layout, y, row.data());
-    }
+    const std::uint8_t* const data = cairo_image_surface_get_data(surface) + left * 4;
+    forEachRow(pixels.width, pixels.height, [&](std::size_t y) {
+        writeWords(pixels, layout, y, reinterpret_cast<const std::uint32_t*>(data + (top + y) * stride));
+    });
+}
+
+void carryPixels(const SourcePixels& source, const PixelLayout& sourceLayout, const TargetPixels& target,
+                 const PixelLayout& targetLayout) {
+    const std::size_t width = std::min(source.width, target.width);
+    // Rows are counted from the top, but the pictures share their lower left corner.
+    const std::size_t above = target.height - std::min(source.height, target.height);
+    const std::size_t cut = source.height - std::min(source.height, target.height);
+    forEachRow(target.width, target.height, [&](std::size_t y) {
+        if (y < above) {
+            clearColumns(target, targetLayout, y, 0);
+            return;
+        }
+        carryRow(source, sourceLayout, y - above + cut, target, targetLayout, y);
+        clearColumns(target, targetLayout, y, width);
+    });
 }
 
 } // namespace Platform

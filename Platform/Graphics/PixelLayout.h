@@ -50,11 +50,31 @@ void readRow(const SourcePixels& pixels, const PixelLayout& layout, std::size_t 
 template<class Sample>
 void writeRow(const TargetPixels& pixels, const PixelLayout& layout, std::size_t y, const Sample* rgba);
 
+/// The same with the native 32-bit words that Cairo draws on (premultiplied, 0xAARRGGBB) in place of RGBA of
+/// 8 bits.
 void readWords(const SourcePixels& pixels, const PixelLayout& layout, std::size_t y, std::uint32_t* words);
 void writeWords(const TargetPixels& pixels, const PixelLayout& layout, std::size_t y,
                 const std::uint32_t* words);
 
-/// Premultiplied RGBA of 8 bits to and from the native 32-bit words that Cairo draws on (0xAARRGGBB).
+/// Row `sourceY` of one layout in row `targetY` of another that is not straight, over the width of the
+/// narrower: what readRow and writeRow give at the target's depth, except that a sample which the target
+/// keeps in alpha's place without meaning it becomes the largest. The target may be planar; the two must not
+/// overlap.
+void carryRow(const SourcePixels& source, const PixelLayout& sourceLayout, std::size_t sourceY,
+              const TargetPixels& target, const PixelLayout& targetLayout, std::size_t targetY);
+
+/// Columns `first` to `first + width` of pixels.
+template<class Byte>
+PixelPlanes<Byte> columnsOf(const PixelPlanes<Byte>& pixels, std::size_t first, std::size_t width) {
+    PixelPlanes<Byte> columns = pixels;
+    for (Byte*& plane : columns.planes) {
+        if (plane != nullptr) plane += first * pixels.pixelStride;
+    }
+    columns.width = width;
+    return columns;
+}
+
+/// Premultiplied RGBA of 8 bits to and from such words.
 void packWords(const std::uint8_t* rgba, std::uint32_t* words, std::size_t count);
 void unpackWords(const std::uint32_t* words, std::uint8_t* rgba, std::size_t count);
 

@@ -174,6 +174,23 @@ TEST(BitmapImageRep, BeginsWithAllBytesZeroPaddingIncluded) {
     EXPECT_EQ(std::memcmp(bitmap->bitmapData(), zeros.data(), zeros.size()), 0);
 }
 
+TEST(BitmapImageRep, OnUninitialisedPixelsIsDescribedAsAnyOther) {
+    NSBitmapDescription d = sized(5, 3);
+    d.samplesPerPixel = 3;
+    d.hasAlpha = false;
+    const auto bitmap = NSBitmapImageRep::bitmapWithUninitialisedPixels(d);
+    ASSERT_NE(bitmap, nullptr);
+    EXPECT_EQ(bitmap->bytesPerRow(), 15U);
+    EXPECT_EQ(bitmap->bitsPerPixel(), 24);
+    std::memset(bitmap->bitmapData(), 0x5A, 45); // the memory is the bitmap's own
+    EXPECT_EQ(bitmap->pixelAt(4, 2), (std::array<std::uint16_t, 5>{0x5A, 0x5A, 0x5A, 0, 0}));
+    d.samplesPerPixel = 2;
+    EXPECT_EQ(NSBitmapImageRep::bitmapWithUninitialisedPixels(d), nullptr);
+    const LimitScope limits({.maximumPixels = 14, .maximumBytes = 1000});
+    d.samplesPerPixel = 3;
+    EXPECT_EQ(NSBitmapImageRep::bitmapWithUninitialisedPixels(d), nullptr);
+}
+
 TEST(BitmapImageRep, PixelsAreCountedFromTheTopLeftAndReadInStoredOrder) {
     NSBitmapDescription d = sized(3, 2);
     d.bitsPerSample = 16;
