@@ -1,17 +1,16 @@
 #include "Imaging/BitmapFormats.h"
 
-#include "Platform/Graphics/CoreGraphics.h"
+#include "Platform/Graphics/BitmapPixels.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace Imaging {
 
-using Platform::CGColorSpaceRef;
-using Platform::CGContextRef;
-using Platform::CGImageAlphaInfo;
-using Platform::CGImageRef;
 using Platform::NSBitmapDescription;
+using Platform::PixelAlpha;
+using Platform::PixelColor;
+using Platform::PixelLayout;
 
 namespace {
 
@@ -37,52 +36,35 @@ bool hasPixels(const NSBitmapImageRep& bitmap, int samples) {
            bitmap.bitsPerPixel() == 8 * samples;
 }
 
-CGColorSpaceRef deviceSpace(int samplesPerPixel) {
-    return samplesPerPixel <= 2 ? Platform::CGColorSpaceCreateDeviceGray()
-                                : Platform::CGColorSpaceCreateDeviceRGB();
+PixelColor deviceColor(int samplesPerPixel) {
+    return samplesPerPixel <= 2 ? PixelColor::Gray : PixelColor::RGB;
 }
 
-CGImageAlphaInfo alphaInfo(bool alpha, bool first) {
-    if (!alpha) return Platform::kCGImageAlphaNone;
-    return first ? Platform::kCGImageAlphaPremultipliedFirst : Platform::kCGImageAlphaPremultipliedLast;
+PixelAlpha alphaPlace(bool alpha, bool first) {
+    if (!alpha) return PixelAlpha::None;
+    return first ? PixelAlpha::First : PixelAlpha::Last;
+}
+
+/// How a bitmap's samples are read for a conversion: by their number, whatever the colour space and the
+/// bitmap's own flags say.
+PixelLayout sourceLayout(const NSBitmapImageRep& bitmap, bool alphaFirst) {
+    PixelLayout layout;
+    layout.color =
+        isInvertedGrayscale(bitmap) ? PixelColor::InvertedGray : deviceColor(bitmap.samplesPerPixel());
+    layout.alpha = alphaPlace(hasAlpha(bitmap), alphaFirst);
+    layout.bitsPerSample = bitmap.bitsPerSample();
+    return layout;
 }
 
 /// What a target's samples hold. Without alpha, a sample beyond the colours is there but means nothing.
-CGImageAlphaInfo targetAlphaInfo(int samplesPerPixel, bool alpha, bool first) {
-    const bool spare = samplesPerPixel == 2 || samplesPerPixel == 4;
-    if (!alpha && spare) return Platform::kCGImageAlphaNoneSkipLast;
-    return alphaInfo(alpha, first);
-}
-
-/// The samples of a planar bitmap side by side, since images are read from meshed memory only.
-std::shared_ptr<NSBitmapImageRep> meshed(const NSBitmapImageRep& bitmap) {
-    NSBitmapDescription description;
-    description.pixelsWide = bitmap.pixelsWide();
-    description.pixelsHigh = bitmap.pixelsHigh();
-    description.bitsPerSample = bitmap.bitsPerSample();
-    description.samplesPerPixel = bitmap.samplesPerPixel();
-    description.hasAlpha = bitmap.hasAlpha();
-    description.colorSpaceName = bitmap.colorSpaceName();
-    description.bitmapFormat = bitmap.bitmapFormat();
-    std::shared_ptr<NSBitmapImageRep> copy = NSBitmapImageRep::bitmapWithDescription(description);
-    if (copy == nullptr) return nullptr;
-    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
-        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) copy->setPixelAt(x, y, bitmap.pixelAt(x, y));
-    }
-    return copy;
-}
-
-/// A bitmap's memory as an image, read in place.
-CGImageRef imageOver(const NSBitmapImageRep& bitmap, CGImageAlphaInfo alpha) {
-    static constexpr float inverted[] = {1, 0};
-    const auto height = static_cast<std::size_t>(bitmap.pixelsHigh());
-    const auto provider =
-        Platform::CGDataProviderCreateWithData(bitmap.bitmapData(), height * bitmap.bytesPerRow());
-    return Platform::CGImageCreate(static_cast<std::size_t>(bitmap.pixelsWide()), height,
-                                   static_cast<std::size_t>(bitmap.bitsPerSample()),
-                                   static_cast<std::size_t>(bitmap.bitsPerPixel()), bitmap.bytesPerRow(),
-                                   deviceSpace(bitmap.samplesPerPixel()), alpha, provider,
-                                   isInvertedGrayscale(bitmap) ? inverted : nullptr);
+PixelLayout targetLayout(const NSBitmapDescription& target, bool alphaFirst) {
+    PixelLayout layout;
+    layout.color = deviceColor(target.samplesPerPixel);
+    layout.alpha = alphaPlace(target.hasAlpha, alphaFirst);
+    const bool spare = target.samplesPerPixel == 2 || target.samplesPerPixel == 4;
+    if (!target.hasAlpha && spare) layout.alpha = PixelAlpha::SkipLast;
+    layout.bitsPerSample = target.bitsPerSample;
+    return layout;
 }
 
 /// The first of a picture's bitmaps that qualifies, and what the canonical conversion asks about the others.
@@ -108,12 +90,17 @@ BitmapScan scanBitmaps(const NSImage& image, const Qualifies& qualifies) {
     return scan;
 }
 
-/// The picture decoded afresh from its TIFF data, by way of PNG where that is asked for; null on failure.
+/// The picture decoded afresh from its TIFF data, which is gone afterwards: it may be as large as the
+/// picture.
+std::shared_ptr<NSBitmapImageRep> decodedFromTIFF(const NSImage& image) {
+    const std::optional<NSData> tiff = ThreadSafeTIFFRepresentation(image);
+    return tiff.has_value() ? NSBitmapImageRep::imageRepWithData(*tiff) : nullptr;
+}
+
+/// The same, by way of PNG where that is asked for; null on failure.
 std::shared_ptr<NSBitmapImageRep> decodedAfresh(const NSImage& image, bool throughPNG) {
     try {
-        const std::optional<NSData> tiff = ThreadSafeTIFFRepresentation(image);
-        if (!tiff.has_value()) return nullptr;
-        std::shared_ptr<NSBitmapImageRep> bitmap = NSBitmapImageRep::imageRepWithData(*tiff);
+        std::shared_ptr<NSBitmapImageRep> bitmap = decodedFromTIFF(image);
         if (!throughPNG || bitmap == nullptr) return bitmap;
         const std::optional<NSData> png = bitmap->representationUsingType(Platform::NSPNGFileType, {});
         return png.has_value() ? NSBitmapImageRep::imageRepWithData(*png) : nullptr;
@@ -166,13 +153,6 @@ bool showsDeviceColor(const NSImage& image) {
 
 std::string_view calibratedSpaceLike(const NSBitmapImageRep& bitmap) {
     return isGrayscale(bitmap) ? Platform::NSCalibratedWhiteColorSpace : Platform::NSCalibratedRGBColorSpace;
-}
-
-/// Moves a meshed bitmap's samples into the planes of a planar one.
-void separatePlanes(const NSBitmapImageRep& from, NSBitmapImageRep& to) {
-    for (std::int64_t y = 0; y < from.pixelsHigh(); ++y) {
-        for (std::int64_t x = 0; x < from.pixelsWide(); ++x) to.setPixelAt(x, y, from.pixelAt(x, y));
-    }
 }
 
 } // namespace
@@ -230,27 +210,14 @@ std::shared_ptr<NSBitmapImageRep> bitmapRepresentationWithSize(const NSBitmapIma
     description.samplesPerPixel = std::min(samplesPerPixel, isGraySpace(colorSpaceName) ? 2 : 4);
     description.hasAlpha = hasAlpha;
     description.colorSpaceName = colorSpaceName;
-    const std::shared_ptr<NSBitmapImageRep> target = NSBitmapImageRep::bitmapWithDescription(description);
-    const std::shared_ptr<NSBitmapImageRep> mesh = bitmap.isPlanar() ? meshed(bitmap) : nullptr;
-    const NSBitmapImageRep& source = mesh != nullptr ? *mesh : bitmap;
+    description.isPlanar = isPlanar;
+    // Only gray is ever inverted.
+    if (isInvertedGrayscale(bitmap) && bitmap.samplesPerPixel() > 2) return nullptr;
+    std::shared_ptr<NSBitmapImageRep> target = NSBitmapImageRep::bitmapWithUninitialisedPixels(description);
     if (target == nullptr) return nullptr;
-
-    const CGContextRef context = Platform::CGBitmapContextCreate(
-        target->bitmapData(), static_cast<std::size_t>(target->pixelsWide()),
-        static_cast<std::size_t>(target->pixelsHigh()), static_cast<std::size_t>(bitsPerSample),
-        target->bytesPerRow(), deviceSpace(description.samplesPerPixel),
-        targetAlphaInfo(description.samplesPerPixel, hasAlpha, swizzled));
-    // Asked of the bitmap itself: its meshed copy may have a known layout where it has none.
-    const CGImageRef image = imageOver(source, alphaInfo(Imaging::hasAlpha(bitmap), wasSwizzled));
-    if (context == nullptr || image == nullptr) return nullptr;
-    const NSSize pixels = {static_cast<float>(source.pixelsWide()), static_cast<float>(source.pixelsHigh())};
-    Platform::CGContextDrawImage(*context, {Platform::NSZeroPoint, pixels}, *image);
-    if (!isPlanar) return target;
-
-    description.isPlanar = true;
-    std::shared_ptr<NSBitmapImageRep> planar = NSBitmapImageRep::bitmapWithDescription(description);
-    if (planar != nullptr) separatePlanes(*target, *planar);
-    return planar;
+    Platform::carryPixels(Platform::sourcePixels(bitmap), sourceLayout(bitmap, wasSwizzled),
+                          Platform::targetPixels(*target), targetLayout(description, swizzled));
+    return target;
 }
 
 // Pictures
