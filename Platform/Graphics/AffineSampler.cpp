@@ -16,9 +16,6 @@ struct Point {
     double y;
 };
 
-/// How far a point lies beyond a whole number, as `Squares` has it.
-std::uint64_t spread(std::uint32_t factor) { return factor * std::uint64_t{0x0001000100010001}; }
-
 class AffineReader : public RowReader {
 public:
     AffineReader(const PixelImage& image, const cairo_matrix_t& inverse, int across, int down)
@@ -44,21 +41,34 @@ private:
                 m_inverse.yx * x + m_inverse.yy * y + m_inverse.y0 - 0.5};
     }
 
-    bool isInside(Point point) const {
-        // A little less than all, since positions are followed in steps of 1/65536 below.
+    /// Narrows the steps `from` to `end` to those whose positions lie in [0, last), less a little, since they
+    /// are followed in steps of 1/65536 below.
+    static void narrow(double start, double step, int last, int& from, int& end) {
         constexpr double margin = 1.0 / 256;
-        return point.x >= margin && point.x < m_image.width() - 1 - margin && point.y >= margin &&
-               point.y < m_image.height() - 1 - margin;
+        const double low = margin - start;
+        const double high = last - margin - start;
+        const auto whole = [](double value) { return static_cast<int>(std::clamp(value, -1e6, 1e6)); };
+        if (step > 0) {
+            from = std::max(from, whole(std::ceil(low / step)));
+            end = std::min(end, whole(std::floor(high / step)));
+        } else if (step < 0) {
+            from = std::max(from, whole(std::ceil(high / step)));
+            end = std::min(end, whole(std::floor(low / step)));
+        } else if (!(low <= 0 && high > 0)) {
+            end = from;
+        }
     }
 
     void sample(double x, double y, int count, std::uint32_t* words) {
         const Point first = at(x, y);
-        const Point last = at(x + count - 1, y);
-        if (isInside(first) && isInside(last)) {
-            gatherInside(first, count);
-        } else {
-            for (int i = 0; i < count; ++i) gatherClamped(at(x + i, y), static_cast<std::size_t>(i));
-        }
+        int from = 0;
+        int end = count;
+        narrow(first.x, m_inverse.xx, m_image.width() - 1, from, end);
+        narrow(first.y, m_inverse.yx, m_image.height() - 1, from, end);
+        if (from >= end) from = end = count;
+        for (int i = 0; i < from; ++i) gatherClamped(at(x + i, y), static_cast<std::size_t>(i));
+        if (from < end) gatherInside(at(x + from, y), from, end);
+        for (int i = end; i < count; ++i) gatherClamped(at(x + i, y), static_cast<std::size_t>(i));
         std::array<std::uint32_t, squaresAtOnce> mixed;
         mixSquares(m_squares, static_cast<std::size_t>(count), mixed.data());
         std::memcpy(words, mixed.data(), static_cast<std::size_t>(count) * sizeof(std::uint32_t));
@@ -66,7 +76,7 @@ private:
 
     /// All points and their neighbours lie in the picture. Over 64 pixels the steps' rounding adds up to less
     /// than 1/2000 of a pixel.
-    void gatherInside(Point first, int count) {
+    void gatherInside(Point first, int from, int end) {
         constexpr double one = 65536;
         const auto column = static_cast<std::int32_t>(first.x);
         const auto row = static_cast<std::int32_t>(first.y);
@@ -76,12 +86,12 @@ private:
         const auto stepY = static_cast<std::int32_t>(std::lround(m_inverse.yx * one));
         const std::uint32_t* const origin = m_image.row(row) + column;
         const std::ptrdiff_t width = m_image.width();
-        for (int i = 0; i < count; ++i, x += stepX, y += stepY) {
+        for (int i = from; i < end; ++i, x += stepX, y += stepY) {
             const std::uint32_t* const above = origin + (y >> 16) * width + (x >> 16);
             std::memcpy(&m_squares.above[i], above, sizeof(std::uint64_t));
             std::memcpy(&m_squares.below[i], above + width, sizeof(std::uint64_t));
-            m_squares.right[i] = spread((static_cast<std::uint32_t>(x) & 0xffff) >> 1);
-            m_squares.down[i] = spread((static_cast<std::uint32_t>(y) & 0xffff) >> 1);
+            m_squares.right[i] = static_cast<std::uint32_t>(x);
+            m_squares.down[i] = static_cast<std::uint32_t>(y);
         }
     }
 
@@ -97,8 +107,8 @@ private:
         };
         m_squares.above[i] = pair(top);
         m_squares.below[i] = pair(bottom);
-        m_squares.right[i] = spread(static_cast<std::uint32_t>((x - left) * 32768));
-        m_squares.down[i] = spread(static_cast<std::uint32_t>((y - top) * 32768));
+        m_squares.right[i] = static_cast<std::uint32_t>((x - left) * 65536);
+        m_squares.down[i] = static_cast<std::uint32_t>((y - top) * 65536);
     }
 
     /// Means of samples spread evenly over each device pixel.

@@ -102,14 +102,24 @@ void columns(const std::int16_t* samples, const ColumnMix& mix, std::size_t from
     mixColumnsPlain(samples, mix, i, end, words + (i - from));
 }
 
+/// The factors of positions, each for the four samples of its pixel.
+Vector factorsOf(const std::uint32_t* positions) {
+    const hn::Repartition<std::uint64_t, Samples> wide;
+    const hn::Rebind<std::uint32_t, decltype(wide)> narrow;
+    const auto once = hn::PromoteTo(
+        wide, hn::ShiftRight<1>(hn::And(hn::LoadU(narrow, positions), hn::Set(narrow, 0xffff))));
+    const auto twice = hn::Or(once, hn::ShiftLeft<16>(once));
+    return hn::BitCast(Samples(), hn::Or(twice, hn::ShiftLeft<32>(twice)));
+}
+
 /// A vector of pixels mixed from their four neighbours, given as words.
 template<class Words>
 Vector square(Words aboveLeft, Words aboveRight, Words belowLeft, Words belowRight,
-              const std::uint64_t* right, const std::uint64_t* down) {
+              const std::uint32_t* right, const std::uint32_t* down) {
     const Samples tag;
     const auto promoted = [&](Words words) HWY_ATTR { return hn::ShiftLeft<7>(hn::PromoteTo(tag, words)); };
-    const Vector x = hn::LoadU(tag, reinterpret_cast<const std::int16_t*>(right));
-    const Vector y = hn::LoadU(tag, reinterpret_cast<const std::int16_t*>(down));
+    const Vector x = factorsOf(right);
+    const Vector y = factorsOf(down);
     const Vector above = mixed(tag, promoted(aboveLeft), promoted(aboveRight), x);
     const Vector below = mixed(tag, promoted(belowLeft), promoted(belowRight), x);
     return mixed(tag, above, below, y);
@@ -257,8 +267,8 @@ void mixColumnsPlain(const std::int16_t* samples, const ColumnMix& mix, std::siz
 
 void mixSquaresPlain(const Squares& from, std::size_t count, std::uint32_t* words) {
     for (std::size_t x = 0; x < count; ++x) {
-        const auto right = static_cast<std::int16_t>(from.right[x] & 0xffff);
-        const auto down = static_cast<std::int16_t>(from.down[x] & 0xffff);
+        const auto right = static_cast<std::int16_t>((from.right[x] & 0xffff) >> 1);
+        const auto down = static_cast<std::int16_t>((from.down[x] & 0xffff) >> 1);
         const auto across = [&](std::uint64_t pair, std::size_t i) {
             return mixOf(sampleOf(static_cast<std::uint32_t>(pair), i),
                          sampleOf(static_cast<std::uint32_t>(pair >> 32), i), right);

@@ -39,14 +39,14 @@ void mixColumnsPlain(const std::int16_t* samples, const ColumnMix& mix, std::siz
                      std::uint32_t* words);
 
 /// The pixels that surround points: above left and above right in `above[i]` (the left one in the lower
-/// half), below in `below[i]`, and how far each point lies to the right and below, as factors that stand four
-/// times.
+/// half), below in `below[i]`, and how far each point lies to the right and below, in steps of 1/65536, of
+/// which the lower 16 bits count and the last one does not.
 constexpr std::size_t squaresAtOnce = 64;
 struct Squares {
     alignas(64) std::uint64_t above[squaresAtOnce];
     alignas(64) std::uint64_t below[squaresAtOnce];
-    alignas(64) std::uint64_t right[squaresAtOnce];
-    alignas(64) std::uint64_t down[squaresAtOnce];
+    alignas(64) std::uint32_t right[squaresAtOnce];
+    alignas(64) std::uint32_t down[squaresAtOnce];
 };
 
 /// The bilinear mixes of `count` (up to `squaresAtOnce`) squares, rounded to nearest. May write `words` up
