@@ -2,9 +2,12 @@
 
 /// Everything that the library offers in one header.
 
+#include "Imaging/Bezier.h"
 #include "Imaging/BitmapFormats.h"
 #include "Imaging/Bounds.h"
 #include "Imaging/CachedImage.h"
 #include "Imaging/DrawingTarget.h"
+#include "Imaging/Geometry.h"
 #include "Imaging/GraphicsContext.h"
 #include "Imaging/Image.h"
+#include "Imaging/Matrix4.h"

@@ -1,13 +1,16 @@
 # The headers that users of the library include: they are installed, and a test compiles each alone.
 
 set(IMAGING_PUBLIC_HEADERS
+  Imaging/Bezier.h
   Imaging/BitmapFormats.h
   Imaging/Bounds.h
   Imaging/CachedImage.h
   Imaging/DrawingTarget.h
+  Imaging/Geometry.h
   Imaging/GraphicsContext.h
   Imaging/Image.h
   Imaging/Imaging.h
+  Imaging/Matrix4.h
   Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h
