@@ -5,12 +5,15 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/BitmapFormats.h
   Imaging/Bounds.h
   Imaging/CachedImage.h
+  Imaging/ColorOperations.h
   Imaging/DrawingTarget.h
   Imaging/Geometry.h
   Imaging/GraphicsContext.h
   Imaging/Image.h
   Imaging/Imaging.h
+  Imaging/Mask.h
   Imaging/Matrix4.h
+  Imaging/PixelOperation.h
   Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h

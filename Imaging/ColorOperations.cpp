@@ -1,0 +1,128 @@
+#include "Imaging/ColorOperations.h"
+
+#include "Imaging/ColorWorkers.h"
+#include "Imaging/PixelWorkers.h"
+#include "Platform/Foundation/LocalizedString.h"
+
+#include <numbers>
+#include <utility>
+
+namespace Imaging {
+
+// IMGColorTransformOp
+
+IMGColorTransformOp::IMGColorTransformOp(std::shared_ptr<IMGImage> source, float redMultiplier,
+                                         float greenMultiplier, float blueMultiplier, float alphaMultiplier)
+    : ChangeCachedOperation(std::move(source)),
+      m_red_multiplier(redMultiplier),
+      m_green_multiplier(greenMultiplier),
+      m_blue_multiplier(blueMultiplier),
+      m_alpha_multiplier(alphaMultiplier) {}
+
+std::shared_ptr<IMGColorTransformOp>
+IMGColorTransformOp::colorTransformWithSourceImage(std::shared_ptr<IMGImage> source, float redMultiplier,
+                                                   float greenMultiplier, float blueMultiplier,
+                                                   float alphaMultiplier) {
+    return std::make_shared<IMGColorTransformOp>(std::move(source), redMultiplier, greenMultiplier,
+                                                 blueMultiplier, alphaMultiplier);
+}
+
+IMGColorTransformOp::IMGColorTransformOp(Platform::NSCoder& coder)
+    : ChangeCachedOperation(coder),
+      m_red_multiplier(coder.decodeFloat("red-multiplier")),
+      m_green_multiplier(coder.decodeFloat("green-multiplier")),
+      m_blue_multiplier(coder.decodeFloat("blue-multiplier")),
+      m_alpha_multiplier(coder.decodeFloat("alpha-multiplier")) {}
+
+IMGColorTransformOp::~IMGColorTransformOp() = default;
+
+void IMGColorTransformOp::setMultiplier(float& held, float multiplier) {
+    if (held == multiplier) return;
+    held = multiplier;
+    changed();
+}
+
+void IMGColorTransformOp::setRedMultiplier(float multiplier) { setMultiplier(m_red_multiplier, multiplier); }
+
+void IMGColorTransformOp::setGreenMultiplier(float multiplier) {
+    setMultiplier(m_green_multiplier, multiplier);
+}
+
+void IMGColorTransformOp::setBlueMultiplier(float multiplier) {
+    setMultiplier(m_blue_multiplier, multiplier);
+}
+
+void IMGColorTransformOp::setAlphaMultiplier(float multiplier) {
+    setMultiplier(m_alpha_multiplier, multiplier);
+}
+
+std::string IMGColorTransformOp::name() const { return Platform::localizedStringForKey("color transform"); }
+
+std::shared_ptr<IMGImage> IMGColorTransformOp::copy() const {
+    return std::make_shared<IMGColorTransformOp>(sourceAtIndex(0), m_red_multiplier, m_green_multiplier,
+                                                 m_blue_multiplier, m_alpha_multiplier);
+}
+
+std::string IMGColorTransformOp::archiveClassName() const { return "IMGColorTransformOp"; }
+
+void IMGColorTransformOp::encodeWithCoder(Platform::NSCoder& coder) const {
+    ChangeCachedOperation::encodeWithCoder(coder);
+    coder.encodeFloat(m_red_multiplier, "red-multiplier");
+    coder.encodeFloat(m_green_multiplier, "green-multiplier");
+    coder.encodeFloat(m_blue_multiplier, "blue-multiplier");
+    coder.encodeFloat(m_alpha_multiplier, "alpha-multiplier");
+}
+
+void IMGColorTransformOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
+    if (imgBitmapFormat(source) != IMGBitmapFormatRGB) return;
+    auto record = recordBetween<ColorTransformRecord>(source, destination);
+    record.redMultiplier = m_red_multiplier;
+    record.greenMultiplier = m_green_multiplier;
+    record.blueMultiplier = m_blue_multiplier;
+    runPixelWorkers(color_transform, interleavedRows(record));
+}
+
+// IMGHueAdjustOp
+
+IMGHueAdjustOp::IMGHueAdjustOp(std::shared_ptr<IMGImage> source, float angle)
+    : ChangeCachedOperation(std::move(source)), m_angle(angle) {}
+
+std::shared_ptr<IMGHueAdjustOp> IMGHueAdjustOp::hueAdjustWithSourceImage(std::shared_ptr<IMGImage> source,
+                                                                         float angle) {
+    return std::make_shared<IMGHueAdjustOp>(std::move(source), angle);
+}
+
+IMGHueAdjustOp::IMGHueAdjustOp(Platform::NSCoder& coder)
+    : ChangeCachedOperation(coder), m_angle(coder.decodeFloat("angle")) {}
+
+IMGHueAdjustOp::~IMGHueAdjustOp() = default;
+
+void IMGHueAdjustOp::setAngle(float angle) {
+    if (m_angle == angle) return;
+    m_angle = angle;
+    changed();
+}
+
+std::string IMGHueAdjustOp::name() const { return Platform::localizedStringForKey("hue adjust"); }
+
+std::shared_ptr<IMGImage> IMGHueAdjustOp::copy() const {
+    return std::make_shared<IMGHueAdjustOp>(sourceAtIndex(0), m_angle);
+}
+
+std::string IMGHueAdjustOp::archiveClassName() const { return "IMGHueAdjustOp"; }
+
+void IMGHueAdjustOp::encodeWithCoder(Platform::NSCoder& coder) const {
+    ChangeCachedOperation::encodeWithCoder(coder);
+    coder.encodeFloat(m_angle, "angle");
+}
+
+void IMGHueAdjustOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
+    const IMGBitmapFormat format = imgBitmapFormat(source);
+    if (format != IMGBitmapFormatRGB && format != IMGBitmapFormatRGBA) return;
+    constexpr double pi = std::numbers::pi;
+    auto record = recordBetween<HueAdjustRecord>(source, destination);
+    record.hueShift = static_cast<float>(double{m_angle} * 6 / (pi + pi));
+    runPixelWorkers(format == IMGBitmapFormatRGB ? hue_adjust_rgb : hue_adjust_rgba, interleavedRows(record));
+}
+
+} // namespace Imaging
