@@ -2,7 +2,9 @@
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/ColorOperations.h"
+#include "Imaging/Convolution.h"
 #include "Imaging/Image.h"
+#include "Imaging/Kernel.h"
 #include "Imaging/Mask.h"
 
 namespace Imaging {
@@ -13,6 +15,9 @@ void registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGColorTransformOp> colorTransform("IMGColorTransformOp");
     const Platform::NSArchivableClass<IMGHueAdjustOp> hueAdjust("IMGHueAdjustOp");
     const Platform::NSArchivableClass<IMGMaskOp> mask("IMGMaskOp");
+    const Platform::NSArchivableClass<IMGKernel> kernel("IMGKernel");
+    const Platform::NSArchivableClass<IMGConvolutionOp> convolution("IMGConvolutionOp");
+    const Platform::NSArchivableClass<IMGGaussianOp> gaussian("IMGGaussianOp");
 }
 
 } // namespace Imaging

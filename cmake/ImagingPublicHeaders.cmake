@@ -6,11 +6,13 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Bounds.h
   Imaging/CachedImage.h
   Imaging/ColorOperations.h
+  Imaging/Convolution.h
   Imaging/DrawingTarget.h
   Imaging/Geometry.h
   Imaging/GraphicsContext.h
   Imaging/Image.h
   Imaging/Imaging.h
+  Imaging/Kernel.h
   Imaging/Mask.h
   Imaging/Matrix4.h
   Imaging/PixelOperation.h

@@ -1,0 +1,143 @@
+#include "Imaging/Convolution.h"
+
+#include "Imaging/ConvolutionPasses.h"
+#include "Platform/Foundation/AssertionHandler.h"
+#include "Platform/Foundation/Exception.h"
+#include "Platform/Foundation/LocalizedString.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <utility>
+
+namespace Imaging {
+
+using Platform::NSException;
+
+namespace {
+
+/// A side of a kernel in whole taps.
+std::int32_t wholeTaps(float side) {
+    if (!(side >= 1)) return 0; // reached only where a failed assertion is tolerated
+    constexpr auto most = std::numeric_limits<std::int32_t>::max();
+    return side < static_cast<float>(most) ? static_cast<std::int32_t>(side) : most;
+}
+
+/// The fields that the records of all passes share.
+template<class Record>
+Record recordOf(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
+    Record record;
+    record.taps = kernel != nullptr ? kernel->dataAsIntArray() : nullptr;
+    record.divisor = kernel != nullptr ? kernel->divisor() : 1;
+    record.width = static_cast<std::int32_t>(source.pixelsWide());
+    record.height = static_cast<std::int32_t>(source.pixelsHigh());
+    record.sourceRowBytes = source.bytesPerRow();
+    record.destinationRowBytes = destination.bytesPerRow();
+    record.source = source.bitmapData();
+    record.destination = destination.bitmapData();
+    return record;
+}
+
+void convolve(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
+    const NSSize size = kernel != nullptr ? kernel->size() : Platform::NSZeroSize;
+    if (!(size.width > 1 && size.height >= 1)) {
+        Platform::parameterAssertionFailed("kernel_size.width > 1 && kernel_size.height >= 1",
+                                           "Imaging/Convolution", 344);
+    }
+    if (kernel != nullptr && !kernel->holdsAllTaps()) {
+        throw NSException(Platform::NSInvalidArgumentException,
+                          "the kernel has fewer taps than its size says");
+    }
+    const std::int32_t height = wholeTaps(size.height);
+    if (height == 1) {
+        auto record = recordOf<Convolve1Record>(kernel, source, destination);
+        record.kernelLength = wholeTaps(size.width);
+        convolveSeparably(record, source.samplesPerPixel());
+    } else {
+        auto record = recordOf<Convolve2Record>(kernel, source, destination);
+        record.kernelWidth = wholeTaps(size.width);
+        record.kernelHeight = height;
+        convolveRectangle(record, source.samplesPerPixel());
+    }
+}
+
+} // namespace
+
+// IMGConvolutionOp
+
+IMGConvolutionOp::IMGConvolutionOp(std::shared_ptr<IMGImage> source, std::shared_ptr<IMGKernel> kernel)
+    : SourceCachedOperation(std::move(source)), m_kernel(std::move(kernel)) {}
+
+IMGConvolutionOp::IMGConvolutionOp(Platform::NSCoder& coder)
+    : SourceCachedOperation(coder), m_kernel(coder.decodeObjectOfClass<IMGKernel>("kernel")) {}
+
+IMGConvolutionOp::~IMGConvolutionOp() = default;
+
+void IMGConvolutionOp::setKernel(std::shared_ptr<IMGKernel> kernel) {
+    m_kernel = std::move(kernel);
+    changed();
+}
+
+std::string IMGConvolutionOp::name() const {
+    if (m_kernel != nullptr && m_kernel->name().has_value()) return *m_kernel->name();
+    return Platform::localizedStringForKey("convolution");
+}
+
+std::shared_ptr<IMGImage> IMGConvolutionOp::copy() const {
+    return std::make_shared<IMGConvolutionOp>(sourceAtIndex(0), m_kernel);
+}
+
+std::string IMGConvolutionOp::archiveClassName() const { return "IMGConvolutionOp"; }
+
+void IMGConvolutionOp::encodeWithCoder(Platform::NSCoder& coder) const {
+    SourceCachedOperation::encodeWithCoder(coder);
+    coder.encodeObject(m_kernel.get(), "kernel");
+}
+
+void IMGConvolutionOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
+    convolve(m_kernel.get(), source, destination);
+    std::optional<Platform::NSImageProperty> profile =
+        source.valueForProperty(Platform::NSImageColorSyncProfileData);
+    if (profile.has_value()) {
+        destination.setProperty(Platform::NSImageColorSyncProfileData, std::move(*profile));
+    }
+}
+
+// IMGGaussianOp
+
+IMGGaussianOp::IMGGaussianOp(std::shared_ptr<IMGImage> source, float radius)
+    : IMGConvolutionOp(std::move(source),
+                       IMGKernel::kernelSeparableGaussianWithSigma(static_cast<double>(radius))),
+      m_radius(radius) {}
+
+IMGGaussianOp::IMGGaussianOp(Platform::NSCoder& coder)
+    : IMGConvolutionOp(coder), m_radius(coder.decodeFloat("radius")) {}
+
+IMGGaussianOp::~IMGGaussianOp() = default;
+
+std::shared_ptr<IMGGaussianOp> IMGGaussianOp::gaussianWithSourceImage(std::shared_ptr<IMGImage> source,
+                                                                      float radius) {
+    return std::make_shared<IMGGaussianOp>(std::move(source), radius);
+}
+
+void IMGGaussianOp::setRadius(float radius) {
+    if (radius == m_radius) return;
+    setKernel(IMGKernel::kernelSeparableGaussianWithSigma(static_cast<double>(radius)));
+    m_radius = radius;
+    dropResult();
+    changed();
+}
+
+std::shared_ptr<IMGImage> IMGGaussianOp::copy() const {
+    return std::make_shared<IMGGaussianOp>(sourceAtIndex(0), m_radius);
+}
+
+std::string IMGGaussianOp::archiveClassName() const { return "IMGGaussianOp"; }
+
+void IMGGaussianOp::encodeWithCoder(Platform::NSCoder& coder) const {
+    IMGConvolutionOp::encodeWithCoder(coder);
+    coder.encodeFloat(m_radius, "radius");
+}
+
+} // namespace Imaging

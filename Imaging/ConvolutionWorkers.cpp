@@ -1,0 +1,182 @@
+#include "Imaging/ConvolutionWorkers.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Imaging {
+
+namespace {
+
+template<class Pixel>
+constexpr std::size_t pixelBytes = sizeof(Pixel);
+
+template<class Pixel>
+const std::uint8_t* pixelAt(const std::uint8_t* pixels, std::size_t rowBytes, std::int64_t x,
+                            std::int64_t y) {
+    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * pixelBytes<Pixel>;
+}
+
+template<class Pixel>
+std::uint8_t* pixelAt(std::uint8_t* pixels, std::size_t rowBytes, std::int64_t x, std::int64_t y) {
+    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * pixelBytes<Pixel>;
+}
+
+template<class Record, class Pixel>
+void copyPixels(const Record& record, std::int64_t x, std::int64_t y, std::int64_t count) {
+    if (count <= 0) return;
+    std::memcpy(pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y),
+                pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y),
+                static_cast<std::size_t>(count) * pixelBytes<Pixel>);
+}
+
+template<class Pixel, class Sum>
+void addWeighted(Sum& sum, std::int32_t tap, const std::uint8_t* pixel) {
+    for (std::size_t i = 0; i < sum.samples.size(); ++i) {
+        sum.samples[i] += static_cast<std::uint32_t>(tap) * pixel[i];
+    }
+}
+
+template<class Sum>
+void store(const Sum& sum, std::int32_t divisor, std::uint8_t* pixel) {
+    for (std::size_t i = 0; i < sum.samples.size(); ++i) pixel[i] = sampleOfSum(sum.samples[i], divisor);
+}
+
+} // namespace
+
+std::int64_t convolve2Columns(const Convolve2Record& record) {
+    const std::int64_t halfWidth = record.kernelWidth / 2;
+    const std::int64_t halfHeight = record.kernelHeight / 2;
+    return std::max<std::int64_t>(
+        0, std::min(record.width - 2 * halfHeight, std::int64_t{record.width} - halfWidth));
+}
+
+template<class Pixel, class Sum>
+void convolve2Span(const Convolve2Record& record, std::int64_t row, std::int64_t from, std::int64_t to) {
+    const std::int64_t halfWidth = record.kernelWidth / 2;
+    const std::int64_t halfHeight = record.kernelHeight / 2;
+    for (std::int64_t j = from; j < to; ++j) {
+        Sum sum;
+        const std::int32_t* tap = record.taps;
+        for (std::int64_t ky = 0; ky < record.kernelHeight; ++ky) {
+            const std::int64_t y =
+                std::clamp<std::int64_t>(row - halfHeight + ky, 0, std::int64_t{record.height} - 1);
+            for (std::int64_t kx = 0; kx < record.kernelWidth; ++kx) {
+                const std::int64_t x = std::clamp<std::int64_t>(j + (halfHeight - halfWidth) + kx, 0,
+                                                                std::int64_t{record.width} - 1);
+                addWeighted<Pixel>(sum, *tap++, pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y));
+            }
+        }
+        store(sum, record.divisor,
+              pixelAt<Pixel>(record.destination, record.destinationRowBytes, halfWidth + j, row));
+    }
+}
+
+template<class Pixel, class Sum>
+void convolve2(const Convolve2Record& record) {
+    const std::int64_t halfWidth = record.kernelWidth / 2;
+    const std::int64_t columns = convolve2Columns(record);
+    for (std::int64_t y = halfWidth + record.firstRow; y < record.height - halfWidth; y += record.rowStep) {
+        convolve2Span<Pixel, Sum>(record, y, 0, columns);
+    }
+}
+
+template<class Pixel, class Sum>
+void convolve1a(const Convolve1Record& record) {
+    const std::int64_t width = record.width;
+    const std::int64_t half = record.kernelLength / 2;
+    for (std::int64_t y = record.firstLine; y < record.height; y += record.lineStep) {
+        copyPixels<Convolve1Record, Pixel>(record, 0, y, std::min(half, width));
+        std::int64_t x = half;
+        for (; x < width - half; ++x) {
+            Sum sum;
+            for (std::int64_t k = 0; k < record.kernelLength; ++k) {
+                addWeighted<Pixel>(sum, record.taps[k],
+                                   pixelAt<Pixel>(record.source, record.sourceRowBytes, x - half + k, y));
+            }
+            store(sum, record.divisor, pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y));
+        }
+        copyPixels<Convolve1Record, Pixel>(record, x, y, width - x);
+    }
+}
+
+template<class Pixel, class Sum>
+void convolve1b(const Convolve1Record& record) {
+    const std::int64_t height = record.height;
+    const std::int64_t half = record.kernelLength / 2;
+    for (std::int64_t x = record.firstLine; x < record.width; x += record.lineStep) {
+        for (std::int64_t y = 0; y < std::min(half, height); ++y) {
+            copyPixels<Convolve1Record, Pixel>(record, x, y, 1);
+        }
+        for (std::int64_t y = half; y < height - half; ++y) {
+            Sum sum;
+            for (std::int64_t k = 0; k < record.kernelLength; ++k) {
+                addWeighted<Pixel>(sum, record.taps[k],
+                                   pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y - half + k));
+            }
+            store(sum, record.divisor, pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y));
+        }
+        for (std::int64_t y = std::max<std::int64_t>(0, height - half); y < height; ++y) {
+            copyPixels<Convolve1Record, Pixel>(record, x, y, 1);
+        }
+    }
+}
+
+template<class Pixel>
+void copy_edges(std::int32_t width, std::int32_t height, std::size_t sourceRowBytes,
+                std::size_t destinationRowBytes, const std::uint8_t* source, std::uint8_t* destination,
+                std::int32_t kernelWidth, std::int32_t kernelHeight) {
+    const Convolve2Record picture = {
+        .width = width,
+        .height = height,
+        .sourceRowBytes = sourceRowBytes,
+        .destinationRowBytes = destinationRowBytes,
+        .source = source,
+        .destination = destination,
+    };
+    // Pictures smaller than the kernel are all edge.
+    const std::int64_t rows = std::min<std::int64_t>(kernelHeight / 2, height);
+    const std::int64_t columns = std::min<std::int64_t>(kernelWidth / 2, width);
+    for (std::int64_t i = 0; i < rows; ++i) {
+        copyPixels<Convolve2Record, Pixel>(picture, 0, i, width);
+        copyPixels<Convolve2Record, Pixel>(picture, 0, height - 1 - i, width);
+    }
+    for (std::int64_t y = 0; y < height; ++y) {
+        copyPixels<Convolve2Record, Pixel>(picture, 0, y, columns);
+        copyPixels<Convolve2Record, Pixel>(picture, width - columns, y, columns);
+    }
+}
+
+template void convolve2<GPixel, GPixelSum>(const Convolve2Record&);
+template void convolve2<GAPixel, GAPixelSum>(const Convolve2Record&);
+template void convolve2<RGBPixel, RGBPixelSum>(const Convolve2Record&);
+template void convolve2<RGBAPixel, RGBAPixelSum>(const Convolve2Record&);
+
+template void convolve2Span<GPixel, GPixelSum>(const Convolve2Record&, std::int64_t, std::int64_t,
+                                               std::int64_t);
+template void convolve2Span<GAPixel, GAPixelSum>(const Convolve2Record&, std::int64_t, std::int64_t,
+                                                 std::int64_t);
+template void convolve2Span<RGBPixel, RGBPixelSum>(const Convolve2Record&, std::int64_t, std::int64_t,
+                                                   std::int64_t);
+template void convolve2Span<RGBAPixel, RGBAPixelSum>(const Convolve2Record&, std::int64_t, std::int64_t,
+                                                     std::int64_t);
+
+template void convolve1a<GPixel, GPixelSum>(const Convolve1Record&);
+template void convolve1a<GAPixel, GAPixelSum>(const Convolve1Record&);
+template void convolve1a<RGBPixel, RGBPixelSum>(const Convolve1Record&);
+template void convolve1a<RGBAPixel, RGBAPixelSum>(const Convolve1Record&);
+
+template void convolve1b<GPixel, GPixelSum>(const Convolve1Record&);
+template void convolve1b<GAPixel, GAPixelSum>(const Convolve1Record&);
+template void convolve1b<RGBPixel, RGBPixelSum>(const Convolve1Record&);
+template void convolve1b<RGBAPixel, RGBAPixelSum>(const Convolve1Record&);
+
+template void copy_edges<GPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
+                                 std::uint8_t*, std::int32_t, std::int32_t);
+template void copy_edges<GAPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
+                                  std::uint8_t*, std::int32_t, std::int32_t);
+template void copy_edges<RGBPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
+                                   std::uint8_t*, std::int32_t, std::int32_t);
+template void copy_edges<RGBAPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
+                                    std::uint8_t*, std::int32_t, std::int32_t);
+
+} // namespace Imaging
