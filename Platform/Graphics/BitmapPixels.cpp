@@ -79,9 +79,8 @@ TargetPixels targetPixels(NSBitmapImageRep& bitmap) { return pixelsOf<TargetPixe
 CairoSurface pixelSurfaceOf(const SourcePixels& pixels, const PixelLayout& layout) {
     std::shared_ptr<PixelImage> words = PixelImage::uninitialised(static_cast<std::int64_t>(pixels.width),
                                                                   static_cast<std::int64_t>(pixels.height));
-    forEachRow(pixels.width, pixels.height, [&](std::size_t y) {
-        readWords(pixels, layout, y, words->row(static_cast<int>(y)));
-    });
+    forEachRow(pixels.width, pixels.height,
+               [&](std::size_t y) { readWords(pixels, layout, y, words->row(static_cast<int>(y))); });
     return surfaceOver(std::move(words));
 }
 

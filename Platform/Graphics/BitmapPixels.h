@@ -15,7 +15,8 @@ TargetPixels targetPixels(NSBitmapImageRep& bitmap);
 
 // Pictures of more than about a million pixels are brought over on all cores.
 
-/// The bitmap as Cairo draws it: premultiplied 32-bit words. Throws like PixelImage::transparent and surfaceOver.
+/// The bitmap as Cairo draws it: premultiplied 32-bit words. Throws like PixelImage::transparent and
+/// surfaceOver.
 CairoSurface pixelSurfaceOf(const SourcePixels& pixels, const PixelLayout& layout);
 
 /// The part of a surface of such words that begins at (left, top), as rows of another layout.

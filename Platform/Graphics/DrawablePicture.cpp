@@ -79,6 +79,11 @@ DrawablePicture::~DrawablePicture() {
     pictures().all.erase(this);
 }
 
+bool DrawablePicture::isOpaque() const {
+    const std::lock_guard guard(m_lock);
+    return m_rows != nullptr && !m_changing && m_rows->isOpaque();
+}
+
 int DrawablePicture::levelCount() const {
     return std::bit_width(static_cast<unsigned>(std::max(m_width, m_height) - 1)) + 1;
 }
@@ -113,14 +118,15 @@ std::shared_ptr<PixelImage> DrawablePicture::pixels() {
 void DrawablePicture::beginChanges() {
     const std::lock_guard guard(m_lock);
     madeLevel(m_levels, 0);
-    std::fill(m_levels.begin() + 1, m_levels.end(), nullptr);
-    m_rows = nullptr;
     m_changing = true;
 }
 
-void DrawablePicture::endChanges() {
+void DrawablePicture::endChanges(bool changed) {
     const std::lock_guard guard(m_lock);
     m_changing = false;
+    if (!changed) return;
+    std::fill(m_levels.begin() + 1, m_levels.end(), nullptr);
+    m_rows = nullptr;
 }
 
 bool DrawablePicture::holds(const std::uint32_t* word) const {
@@ -143,7 +149,8 @@ std::shared_ptr<DrawablePicture> DrawablePicture::withBounds(NSRect bounds) {
 
 void DrawablePicture::letGo() {
     const std::lock_guard guard(m_lock);
-    std::fill(m_levels.begin() + (m_rows != nullptr ? 0 : 1), m_levels.end(), nullptr);
+    const bool keepsPixels = m_rows == nullptr || m_changing;
+    std::fill(m_levels.begin() + (keepsPixels ? 1 : 0), m_levels.end(), nullptr);
 }
 
 NSCachedImageRep::NSCachedImageRep(std::shared_ptr<DrawablePicture> picture)

@@ -54,7 +54,7 @@ public:
     NSRect bounds() const { return m_bounds; }
 
     /// Whether every pixel is known to be opaque.
-    bool isOpaque() const { return m_rows != nullptr && m_rows->isOpaque(); }
+    bool isOpaque() const;
 
     /// How many levels there can be: the last one is a single pixel.
     int levelCount() const;
@@ -65,10 +65,10 @@ public:
     /// The pixels themselves, to be drawn into between `beginChanges` and `endChanges`. Made if need be.
     std::shared_ptr<PixelImage> pixels();
 
-    /// From the one to the other the pixels change: levels are made anew for each draw, and the rows are not
-    /// read any more.
+    /// From the one to the other the pixels may change, so that levels are made anew for each draw. Where
+    /// they did change, the rows are not read any more.
     void beginChanges();
-    void endChanges();
+    void endChanges(bool changed);
 
     /// Whether a word belongs to the picture's own pixels.
     bool holds(const std::uint32_t* word) const;

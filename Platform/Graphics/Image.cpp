@@ -229,8 +229,8 @@ void NSImage::unlockFocus() {
     const std::unique_ptr<Focus> focus = std::move(m_focus);
     NSGraphicsContext::setCurrentContext(focus->previous);
     cairo_surface_flush(cairo_get_target(focus->context->cairo()));
-    focus->picture->endChanges();
     const bool painted = focus->context->hasPainted();
+    focus->picture->endChanges(painted);
     if (painted) {
         m_representations = {std::make_shared<NSCachedImageRep>(focus->picture)};
         contentChanged();
