@@ -1,11 +1,15 @@
 #include "Imaging/ArchiveClasses.h"
 
 #include "Imaging/CachedImage.h"
+#include "Imaging/Canvas.h"
 #include "Imaging/ColorOperations.h"
 #include "Imaging/Convolution.h"
+#include "Imaging/CropAndScale.h"
 #include "Imaging/Image.h"
 #include "Imaging/Kernel.h"
 #include "Imaging/Mask.h"
+#include "Imaging/TransformOperations.h"
+#include "Imaging/Transpose.h"
 
 namespace Imaging {
 
@@ -18,6 +22,13 @@ void registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGKernel> kernel("IMGKernel");
     const Platform::NSArchivableClass<IMGConvolutionOp> convolution("IMGConvolutionOp");
     const Platform::NSArchivableClass<IMGGaussianOp> gaussian("IMGGaussianOp");
+    const Platform::NSArchivableClass<IMGAffineTransformOp> affine("IMGAffineTransformOp");
+    const Platform::NSArchivableClass<IMGRotationOp> rotation("IMGRotationOp");
+    const Platform::NSArchivableClass<IMGTranslationOp> translation("IMGTranslationOp");
+    const Platform::NSArchivableClass<IMGTransposeOp> transpose("IMGTransposeOp");
+    const Platform::NSArchivableClass<IMGCropAndScale> crop("IMGCropAndScale");
+    const Platform::NSArchivableClass<IMGCanvas> canvas("IMGCanvas");
+    const Platform::NSArchivableClass<IMGCompositeOp> composite("IMGCompositeOp");
 }
 
 } // namespace Imaging

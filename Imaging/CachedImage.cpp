@@ -59,6 +59,12 @@ std::shared_ptr<CCImage> CCImage::ccImageWithCIImage(const std::shared_ptr<CIIma
 
 NSSize CCImage::size() const { return m_ns_image != nullptr ? m_ns_image->size() : Platform::NSZeroSize; }
 
+std::string CCImage::description() const {
+    char address[2 + 2 * sizeof(void*) + 1];
+    std::snprintf(address, sizeof address, "0x%" PRIxPTR, reinterpret_cast<std::uintptr_t>(this));
+    return std::string("<CCImage: ") + address + ">";
+}
+
 void CCImage::forceToCache() {
     if (m_ns_image == nullptr) return;
     try {
@@ -160,9 +166,7 @@ void IMGImageFromNSImage::encodeWithCoder(Platform::NSCoder& coder) const {
 }
 
 std::string IMGImageFromNSImage::description() const {
-    char address[2 + 2 * sizeof(void*) + 1];
-    std::snprintf(address, sizeof address, "0x%" PRIxPTR, reinterpret_cast<std::uintptr_t>(m_image.get()));
-    return m_file_name.value_or("(null)") + " <CCImage: " + address + ">";
+    return m_file_name.value_or("(null)") + " " + m_image->description();
 }
 
 // Extensions of the picture class

@@ -29,6 +29,9 @@ public:
     /// The picture's size, or zero without one.
     NSSize size() const;
 
+    /// The class and address, for logs.
+    std::string description() const;
+
     /// The picture itself, or null.
     const std::shared_ptr<NSImage>& nsImage() const { return m_ns_image; }
 
@@ -96,7 +99,7 @@ public:
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
     /// The file name and the address of the cached image, for logs.
-    std::string description() const;
+    std::string description() const override;
 
 private:
     IMGImageFromNSImage(std::shared_ptr<NSImage> image, std::optional<std::string> fileName);

@@ -8,6 +8,9 @@
 #include "Platform/Graphics/Image.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -333,6 +336,13 @@ std::optional<NSData> IMGImage::representationUsingType(int type, const NSImageP
 // Identity, copies and archives
 
 bool IMGImage::isEqual(const IMGImage& other) const { return this == &other; }
+
+std::string IMGImage::description() const {
+    std::array<char, 2 * sizeof(void*)> digits{};
+    const auto [end, failure] = std::to_chars(digits.data(), digits.data() + digits.size(),
+                                              reinterpret_cast<std::uintptr_t>(this), 16);
+    return "<" + archiveClassName() + ": 0x" + std::string(digits.data(), end) + ">";
+}
 
 std::shared_ptr<IMGImage> IMGImage::copy() const { return std::make_shared<IMGImage>(sources()); }
 

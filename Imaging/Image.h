@@ -164,6 +164,9 @@ public:
     /// Equality as the searches and replacements mean it: the same object, unless overridden.
     virtual bool isEqual(const IMGImage& other) const;
 
+    /// The node in words, for logs: its class and address unless a class has more to tell.
+    virtual std::string description() const;
+
     /// A node of the same class that shares this node's sources.
     virtual std::shared_ptr<IMGImage> copy() const;
 

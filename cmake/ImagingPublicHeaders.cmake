@@ -5,8 +5,10 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/BitmapFormats.h
   Imaging/Bounds.h
   Imaging/CachedImage.h
+  Imaging/Canvas.h
   Imaging/ColorOperations.h
   Imaging/Convolution.h
+  Imaging/CropAndScale.h
   Imaging/DrawingTarget.h
   Imaging/Geometry.h
   Imaging/GraphicsContext.h
@@ -16,6 +18,8 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Mask.h
   Imaging/Matrix4.h
   Imaging/PixelOperation.h
+  Imaging/TransformOperations.h
+  Imaging/Transpose.h
   Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h

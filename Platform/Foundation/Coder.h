@@ -67,6 +67,8 @@ public:
     virtual void encodeInt(std::int64_t value, std::string_view key);
     virtual void encodeFloat(float value, std::string_view key);
     virtual void encodeSize(NSSize value, std::string_view key);
+    /// Written like a size, "{x, y}".
+    void encodePoint(NSPoint value, std::string_view key) { encodeSize({value.x, value.y}, key); }
     virtual void encodeRect(NSRect value, std::string_view key);
     virtual void encodeTransform(const NSAffineTransform& value, std::string_view key);
 
@@ -85,6 +87,10 @@ public:
     virtual float decodeFloat(std::string_view key);
     virtual NSSize decodeSize(std::string_view key);
     virtual NSRect decodeRect(std::string_view key);
+    NSPoint decodePoint(std::string_view key) {
+        const NSSize pair = decodeSize(key);
+        return {pair.width, pair.height};
+    }
     virtual std::optional<NSAffineTransform> decodeTransform(std::string_view key);
 
     /// The object under the key as a T. An object of another class throws like any wrong type.

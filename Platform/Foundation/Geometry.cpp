@@ -1,6 +1,8 @@
 #include "Platform/Foundation/Geometry.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 namespace Platform {
@@ -9,6 +11,18 @@ namespace {
 
 NSRect rectFromEdges(float minX, float minY, float maxX, float maxY) {
     return NSMakeRect(minX, minY, maxX - minX, maxY - minY);
+}
+
+std::string pairInBraces(float first, float second) {
+    std::string text = "{";
+    for (const float number : {first, second}) {
+        std::array<char, 32> digits{};
+        const auto [end, failure] = std::to_chars(digits.data(), digits.data() + digits.size(), number,
+                                                  std::chars_format::general, 6);
+        text.append(digits.data(), end);
+        text += text.find(',') == std::string::npos ? ", " : "}";
+    }
+    return text;
 }
 
 } // namespace
@@ -50,6 +64,12 @@ bool NSPointInRect(NSPoint p, NSRect r) {
 bool NSContainsRect(NSRect outer, NSRect inner) {
     return !NSIsEmptyRect(inner) && NSMinX(inner) >= NSMinX(outer) && NSMinY(inner) >= NSMinY(outer) &&
            NSMaxX(inner) <= NSMaxX(outer) && NSMaxY(inner) <= NSMaxY(outer);
+}
+
+std::string NSStringFromSize(NSSize size) { return pairInBraces(size.width, size.height); }
+
+std::string NSStringFromRect(NSRect rect) {
+    return "{" + pairInBraces(rect.origin.x, rect.origin.y) + ", " + NSStringFromSize(rect.size) + "}";
 }
 
 } // namespace Platform

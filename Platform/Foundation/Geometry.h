@@ -2,6 +2,8 @@
 
 #include "Platform/Foundation/Export.h"
 
+#include <string>
+
 /// Points, sizes and rectangles of 32-bit floats, and the rectangle functions over them.
 ///
 /// Units are points of whatever space the caller works in; x grows to the right, y grows upward, and a
@@ -72,5 +74,10 @@ IMAGING_EXPORT bool NSPointInRect(NSPoint p, NSRect r);
 
 /// True when `inner` is not empty and lies wholly in `outer`, edges included.
 IMAGING_EXPORT bool NSContainsRect(NSRect outer, NSRect inner);
+
+/// For logs: "{width, height}" and "{{x, y}, {width, height}}" with up to six significant digits and a
+/// decimal point whatever the locale.
+IMAGING_EXPORT std::string NSStringFromSize(NSSize size);
+IMAGING_EXPORT std::string NSStringFromRect(NSRect rect);
 
 } // namespace Platform
