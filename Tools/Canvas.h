@@ -3,6 +3,7 @@
 #include "Imaging/Image.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/Color.h"
+#include "Tools/Orientation.h"
 #include "Tools/Values.h"
 
 #include <functional>
@@ -10,9 +11,6 @@
 #include <string>
 
 namespace Tool {
-
-/// Whether a picture is drawn the way up that it declares or as it is stored.
-enum class Upright { AsDeclared, AsStored };
 
 /// A node that is ready to be drawn, the way up that its picture declares unless it is asked for as stored.
 /// Only a node that is a picture itself declares one; pictures further down in a graph are drawn as they are
@@ -38,10 +36,23 @@ public:
 
 private:
     std::shared_ptr<Imaging::IMGImage> m_node;
-    PixelSize m_stored_size;
     PixelSize m_size;
-    int m_orientation = 1;
 };
+
+/// Whole pixels for a length, at least 1: a fraction counts as a whole one, unless it is so small that it
+/// must come from rounding.
+std::int64_t wholePixels(float length);
+
+/// The rectangle around a node as `drawInRect` fits it. Throws a Failure for `name` when the node has none,
+/// or one without area.
+Platform::NSRect drawableBounds(const Imaging::IMGImage& node, const std::string& name);
+
+/// a · b / c, rounded, at least 1. The factors are below 2^32.
+std::int64_t inProportion(std::int64_t a, std::int64_t b, std::int64_t c);
+
+/// A size with a missing side filled in from a shape, rounded, at least 1; the shape itself when both are
+/// missing.
+PixelSize completedSize(PixelSize asked, PixelSize shape);
 
 /// Draws on a new transparent canvas, one point a pixel, and gives the part of it that is `shown` in whole
 /// pixels. Throws a Failure for `name`, with `advice` at its end, when the size is beyond the limits.

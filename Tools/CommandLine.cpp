@@ -78,7 +78,7 @@ private:
     [[noreturn]] void refuse(const CLI::ParseError& error) const;
     std::string helpHint() const;
 
-    CLI::App m_app{"Tells about pictures, draws them, archives them and lays them out."};
+    CLI::App m_app{"Tells about pictures, draws, changes, archives them and lays them out."};
     std::vector<Entry> m_entries;
 };
 
@@ -89,13 +89,15 @@ CommandLine::CommandLine() {
     m_app.formatter(std::make_shared<HelpFormatter>("imaging SUBCOMMAND [OPTION...] INPUT..."));
     m_app.allow_extras();
     m_app.require_subcommand(0, 1);
-    for (auto* make : {&makeInfoCommand, &makeDrawCommand, &makeArchiveCommand, &makeSheetCommand})
+    for (auto* make : {&makeInfoCommand, &makeDrawCommand, &makeApplyCommand, &makeGraphCommand,
+                       &makeArchiveCommand, &makeSheetCommand})
         add(make());
     m_app.footer(std::string(exitStatusHelp) + R"(
 
 Examples:
   imaging info *.jpg
   imaging draw photo.jpg -o small.png --size 800
+  imaging apply photo.jpg --turn right --scale 1024 -o right.jpg
   imaging archive front.png back.png -o layers.graph
   imaging sheet Pictures -o sheet.png
   imaging draw --help)");

@@ -41,12 +41,9 @@ protected:
     ExitStatus run() override;
 
 private:
-    NSColor backgroundFor(const OutputFormat& format) const;
-
     PictureOutput m_output;
     std::string m_size;
     std::string m_fit = "contain";
-    std::string m_background;
 };
 
 void DrawCommand::declare(CLI::App& app) {
@@ -60,17 +57,8 @@ void DrawCommand::declare(CLI::App& app) {
                    "it, in the middle of the background; the default),\n"
                    "cover (fill and cut) or stretch")
         ->type_name("FIT");
-    app.add_option("--background", m_background,
-                   "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
-                   "transparent, or a name such as white, black, gray or\n"
-                   "navy. By default transparent, and white for JPEG")
-        ->type_name("COLOR");
+    m_output.declareBackground(app);
     m_output.declareHow(app);
-}
-
-NSColor DrawCommand::backgroundFor(const OutputFormat& format) const {
-    if (!m_background.empty()) return parseColor(m_background, "--background");
-    return format.hasAlpha ? NSColor::clearColor() : NSColor::whiteColor();
 }
 
 ExitStatus DrawCommand::run() {
@@ -78,7 +66,7 @@ ExitStatus DrawCommand::run() {
     const OutputFormat format = m_output.checkedFormat();
     const PixelSize asked = m_size.empty() ? PixelSize{} : parseSize(m_size, "--size", false);
     const Fit fit = parseFit(m_fit, "--fit");
-    const NSColor background = backgroundFor(format);
+    const NSColor background = m_output.backgroundFor(format);
 
     Progress progress(1, quiet());
     progress.beginStep(shownName(input));

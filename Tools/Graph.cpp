@@ -1,5 +1,8 @@
 #include "Tools/Graph.h"
 
+#include "Imaging/CropAndScale.h"
+#include "Imaging/PixelOperation.h"
+#include "Imaging/Transpose.h"
 #include "Tools/Input.h"
 #include "Tools/Messages.h"
 
@@ -44,8 +47,12 @@ std::vector<std::shared_ptr<IMGImage>> nodesAfterTheirSources(const std::shared_
     return left;
 }
 
-/// How many nodes a draw comes by, each counted once for every way that leads to it.
-std::uint64_t waysThrough(const std::shared_ptr<IMGImage>& root) {
+/// Null when the node was unarchived without one.
+std::shared_ptr<NSImage> pictureOf(IMGImageFromNSImage& node) { return node.untransformedImage()->nsImage(); }
+
+} // namespace
+
+std::unordered_map<const IMGImage*, std::uint64_t> waysBelow(const std::shared_ptr<IMGImage>& root) {
     std::unordered_map<const IMGImage*, std::uint64_t> ways;
     for (const std::shared_ptr<IMGImage>& node : nodesAfterTheirSources(root)) {
         std::uint64_t sum = 1;
@@ -56,13 +63,8 @@ std::uint64_t waysThrough(const std::shared_ptr<IMGImage>& root) {
         }
         ways[node.get()] = sum;
     }
-    return ways[root.get()];
+    return ways;
 }
-
-/// Null when the node was unarchived without one.
-std::shared_ptr<NSImage> pictureOf(IMGImageFromNSImage& node) { return node.untransformedImage()->nsImage(); }
-
-} // namespace
 
 std::vector<std::shared_ptr<IMGImage>> nodesOf(const std::shared_ptr<IMGImage>& root) {
     std::vector<std::shared_ptr<IMGImage>> nodes = nodesAfterTheirSources(root);
@@ -103,18 +105,31 @@ void requirePictures(const std::shared_ptr<IMGImage>& root, const std::string& n
     }
 }
 
+namespace {
+
+/// Nodes that are made over one other node and cannot do without it, though an archive may.
+bool needsSource(const IMGImage& node) {
+    return dynamic_cast<const Imaging::IMGTransposeOp*>(&node) != nullptr ||
+           dynamic_cast<const Imaging::IMGCropAndScale*>(&node) != nullptr ||
+           dynamic_cast<const Imaging::PixelOperation*>(&node) != nullptr;
+}
+
+void requireSources(const std::shared_ptr<IMGImage>& root, const std::string& name) {
+    for (const std::shared_ptr<IMGImage>& node : nodesOf(root)) {
+        if (!node->sources().empty() || !needsSource(*node)) continue;
+        throw Failure(shownName(name), "a node of the graph (" + node->archiveClassName() +
+                                           ") has nothing below it, so it cannot be drawn");
+    }
+}
+
+} // namespace
+
 void requireDrawable(const std::shared_ptr<IMGImage>& root, const std::string& name) {
     requirePictures(root, name);
-    if (waysThrough(root) > maximumWays) {
+    requireSources(root, name);
+    if (waysBelow(root).at(root.get()) > maximumWays) {
         throw Failure(shownName(name), "its nodes are shared so often that drawing would take more than " +
                                            std::to_string(maximumWays) + " steps; make the graph simpler");
-    }
-    for (const std::shared_ptr<IMGImageFromNSImage>& node : picturesOf(root)) {
-        try {
-            const Platform::NSImageFocus focus(*pictureOf(*node)); // makes what is drawn, and keeps it
-        } catch (const Platform::NSException& exception) {
-            throw Failure(shownName(name), exception.reason());
-        }
     }
 }
 

@@ -3,9 +3,11 @@
 #include "Imaging/CachedImage.h"
 #include "Imaging/Image.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 /// Looking through graphs of nodes before they are drawn. Everything takes time in proportion to the number
@@ -14,6 +16,11 @@ namespace Tool {
 
 /// All nodes of a graph, each once, every node after all that lie above it, the root first.
 std::vector<std::shared_ptr<Imaging::IMGImage>> nodesOf(const std::shared_ptr<Imaging::IMGImage>& root);
+
+/// How many nodes a draw comes by from each node of a graph down, itself included, each counted once for
+/// every way that leads to it; at most what 64 bits hold.
+std::unordered_map<const Imaging::IMGImage*, std::uint64_t>
+waysBelow(const std::shared_ptr<Imaging::IMGImage>& root);
 
 /// The nodes among them that are pictures, in the order in which they are drawn first.
 std::vector<std::shared_ptr<Imaging::IMGImageFromNSImage>>

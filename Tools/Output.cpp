@@ -106,6 +106,14 @@ void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const s
     app.add_option("--format", format, "jpg, png or tiff, whatever the suffix says")->type_name("FORMAT");
 }
 
+void PictureOutput::declareBackground(CLI::App& app) {
+    app.add_option("--background", background,
+                   "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
+                   "transparent, or a name such as white, black, gray or\n"
+                   "navy. By default transparent, and white for JPEG")
+        ->type_name("COLOR");
+}
+
 void PictureOutput::declareHow(CLI::App& app) {
     app.add_option("--quality", quality, "Of a JPEG, 1 to 100 (90)")->type_name("N");
     app.add_flag("--no-orient", asStored,
@@ -122,6 +130,11 @@ OutputFormat PictureOutput::checkedFormat() const {
         throw UsageError("--quality: only JPEG has a quality; leave it out or write a .jpg");
     parseNumber(quality, "--quality", 1, 100);
     return chosen;
+}
+
+Platform::NSColor PictureOutput::backgroundFor(const OutputFormat& chosen) const {
+    if (!background.empty()) return parseColor(background, "--background");
+    return chosen.hasAlpha ? Platform::NSColor::clearColor() : Platform::NSColor::whiteColor();
 }
 
 void PictureOutput::write(const NSBitmapImageRep& bitmap) const {

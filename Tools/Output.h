@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Data.h"
 #include "Platform/Graphics/BitmapImageRep.h"
+#include "Platform/Graphics/Color.h"
 
 #include <optional>
 #include <string>
@@ -24,12 +25,16 @@ struct OutputFormat {
 /// The arguments that say where a picture goes and how, the same for every subcommand that draws one.
 struct PictureOutput {
     std::string path;
-    std::string format;    ///< empty: by the suffix of the path
-    std::string quality;   ///< empty: 90
-    bool asStored = false; ///< drawn without regard to the way up that pictures declare
+    std::string format;     ///< empty: by the suffix of the path
+    std::string quality;    ///< empty: 90
+    std::string background; ///< empty: transparent, or white where there is no alpha
+    bool asStored = false;  ///< drawn without regard to the way up that pictures declare
 
     /// Adds -o and --format to a parser that outlives this object; `what` is "picture" or the like.
     void declareWhere(CLI::App& app, const std::string& what, const std::string& typeName);
+
+    /// Adds --background.
+    void declareBackground(CLI::App& app);
 
     /// Adds --quality and --no-orient.
     void declareHow(CLI::App& app);
@@ -37,6 +42,9 @@ struct PictureOutput {
     /// The format. Throws a UsageError when the path is missing, neither the format nor the suffix is one
     /// that can be written, or a quality was given where there is none or that is none.
     OutputFormat checkedFormat() const;
+
+    /// The colour to put behind what is drawn. Throws a UsageError when it was given as something else.
+    Platform::NSColor backgroundFor(const OutputFormat& chosen) const;
 
     /// Encodes a bitmap and writes it, without alpha where all of it is opaque. Throws a Failure.
     void write(const Platform::NSBitmapImageRep& bitmap) const;

@@ -64,6 +64,8 @@ private:
 
 std::unique_ptr<Subcommand> makeInfoCommand();
 std::unique_ptr<Subcommand> makeDrawCommand();
+std::unique_ptr<Subcommand> makeApplyCommand();
+std::unique_ptr<Subcommand> makeGraphCommand();
 std::unique_ptr<Subcommand> makeArchiveCommand();
 std::unique_ptr<Subcommand> makeSheetCommand();
 

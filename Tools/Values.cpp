@@ -1,11 +1,8 @@
 #include "Tools/Values.h"
 
-#include "Tools/Messages.h"
-
 #include <array>
 #include <charconv>
 #include <optional>
-#include <utility>
 
 namespace Tool {
 
@@ -41,10 +38,10 @@ std::string lowerCase(std::string text) {
 }
 
 /// The whole text as a number, or nullopt.
-template<class T>
-std::optional<T> numberIn(std::string_view text, int base = 10) {
+template<class T, class... Base>
+std::optional<T> numberIn(std::string_view text, Base... base) {
     T number{};
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number, base...);
     if (failure != std::errc() || end != text.data() + text.size()) return std::nullopt;
     return number;
 }
@@ -83,6 +80,26 @@ std::int64_t parseNumber(std::string_view text, const std::string& option, std::
     if (number.has_value() && *number >= low && *number <= high) return *number;
     throw UsageError(option + ": '" + std::string(text) + "' is not a whole number from " +
                      std::to_string(low) + " to " + std::to_string(high));
+}
+
+std::vector<double> parseNumbers(std::string_view text, const std::string& option, std::size_t count,
+                                 const std::string& what, const std::string& example) {
+    constexpr double furthest = 1e6;
+    std::vector<double> numbers;
+    std::string_view rest = text;
+    while (true) {
+        const std::size_t comma = rest.find(',');
+        const auto number = numberIn<double>(rest.substr(0, comma));
+        // False for what is not a number, too.
+        if (!number.has_value() || !(*number >= -furthest && *number <= furthest)) break;
+        numbers.push_back(*number);
+        if (comma == std::string_view::npos) {
+            if (numbers.size() != count) break;
+            return numbers;
+        }
+        rest.remove_prefix(comma + 1);
+    }
+    throw UsageError(option + ": '" + std::string(text) + "' is " + what + "; give " + example);
 }
 
 double parseSeconds(std::string_view text, const std::string& option) {
@@ -124,13 +141,7 @@ NSColor parseColor(const std::string& text, const std::string& option) {
 Fit parseFit(const std::string& text, const std::string& option) {
     static const std::vector<std::pair<std::string, Fit>> words = {
         {"contain", Fit::Contain}, {"cover", Fit::Cover}, {"stretch", Fit::Stretch}};
-    std::vector<std::string> known;
-    for (const auto& [word, fit] : words) {
-        if (word == text) return fit;
-        known.push_back(word);
-    }
-    throw UsageError(option + ": there is no way to fit named '" + text + "'; known are " +
-                     enumeration(known) + suggestion(text, known));
+    return parseWord(text, option, "way to fit", words);
 }
 
 } // namespace Tool

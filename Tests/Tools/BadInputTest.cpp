@@ -23,11 +23,12 @@ std::string archived(const Platform::NSCoding& root) {
 /// it, and leave nothing.
 void expectRefusal(const TemporaryFolder& folder, const std::string& file, const std::string& message) {
     const std::set<std::string> before = namesIn(folder.path(""));
-    for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{"draw", file, "-o", folder.path("out.png")},
-                                               {"archive", file, "-o", folder.path("out.graph")},
-                                               {"archive", "--embed", file, "-o", folder.path("out.graph")},
-                                               {"sheet", file, "-o", folder.path("out.jpg")}}) {
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"draw", file, "-o", folder.path("out.png")},
+             {"apply", file, "--turn", "left", "-o", folder.path("out.png")},
+             {"archive", file, "-o", folder.path("out.graph")},
+             {"archive", "--embed", file, "-o", folder.path("out.graph")},
+             {"sheet", file, "-o", folder.path("out.jpg")}}) {
         const Result result = run(arguments);
         EXPECT_EQ(result.status, 1) << arguments[0];
         EXPECT_EQ(result.out, "");

@@ -44,29 +44,6 @@ Picture quarters() {
     return picture;
 }
 
-/// The stored picture as EXIF says that it is to be seen, from the places that it gives the stored first row
-/// and column: (top, left), (top, right), (bottom, right), (bottom, left), (left, top), (right, top),
-/// (right, bottom), (left, bottom).
-Picture seen(const Picture& stored, int orientation) {
-    const int w = stored.width;
-    const int h = stored.height;
-    Picture picture(orientation < 5 ? w : h, orientation < 5 ? h : w, black);
-    for (int row = 0; row < h; ++row) {
-        for (int column = 0; column < w; ++column) {
-            const bool rowsRun = orientation < 5; // stored rows stay rows
-            const bool rowsTurned =
-                orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
-            const bool columnsTurned =
-                orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
-            const int fromRow = rowsTurned ? h - 1 - row : row;
-            const int fromColumn = columnsTurned ? w - 1 - column : column;
-            picture.at(rowsRun ? fromColumn : fromRow, rowsRun ? fromRow : fromColumn) =
-                stored.at(column, row);
-        }
-    }
-    return picture;
-}
-
 } // namespace
 
 TEST(DrawCommand, KeepsEveryPixelAtItsOwnSize) {
@@ -360,15 +337,17 @@ TEST(DrawCommand, RefusesResultsThatCannotBeDrawn) {
     }
 }
 
-TEST(DrawCommand, RefusesAPictureThatIsTooWideToDrawInsteadOfDrawingNothing) {
+TEST(DrawCommand, DrawsAPictureThatIsWiderThanAnyCanvasAndRefusesSuchACanvas) {
     const TemporaryFolder folder;
     const std::string in = folder.write("in.png", pngOf(Picture(32751, 1, red)));
-    const Result result = run({"draw", in, "-o", folder.path("out.png"), "--size", "8x8"});
+    const std::string out = folder.path("out.png");
+    EXPECT_EQ(run({"draw", in, "-o", out, "--size", "8x8", "--fit", "stretch"}).status, 0);
+    expectSame(pictureOfPNG(folder.read("out.png")), Picture(8, 8, red));
+
+    const Result result = run({"draw", in, "-o", folder.path("large.png")});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "imaging: " + in +
-                              ": a picture of 32751 x 1 pixels cannot be drawn; at most 32750 pixels "
-                              "fit along a side\n");
-    EXPECT_EQ(folder.count(), 1);
+    EXPECT_THAT(result.err, testing::HasSubstr("at most 32750"));
+    EXPECT_EQ(folder.count(), 2);
 }
 
 TEST(DrawCommand, NumbersDoNotDependOnTheLocale) {

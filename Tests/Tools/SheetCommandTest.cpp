@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 using namespace TestSupport;
 
 namespace {
@@ -48,6 +50,31 @@ TEST(SheetCommand, PutsPicturesIntoTheMiddleOfTheirCells) {
     expectSame(result, expected);
     EXPECT_FALSE(result.hasAlpha);
     expectSame(sheet(folder, {wide, tall, whole, "--columns", "2", "--frame", "0,white"}), expected);
+}
+
+TEST(SheetCommand, ShowsEveryOrientationUpright) {
+    const TemporaryFolder folder;
+    const Picture stored(3, 2, {red, green, blue, white, black, yellow});
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(orientation);
+        const std::string png = pngWithChunks(stored, pngChunk("eXIf", exifWithOrientation(orientation)));
+        const Picture upright = seen(stored, orientation);
+        const Picture result = sheet(folder, {folder.write("in.png", png), "--frame", "none"});
+        // The picture grows until its longer side is 40, in the middle of the cell at (4, 4); the middles of
+        // its pixels keep their colours.
+        const double side = 40.0 / 3;
+        for (int y = 0; y < upright.height; ++y) {
+            for (int x = 0; x < upright.width; ++x) {
+                const int column = static_cast<int>(24 + side * (x + 0.5 - upright.width / 2.0));
+                const int row = static_cast<int>(24 + side * (y + 0.5 - upright.height / 2.0));
+                const Pixel shown = result.at(column, row);
+                const Pixel expected = upright.at(x, y);
+                EXPECT_LE(std::abs(shown.red - expected.red), 40) << x << ' ' << y << shown;
+                EXPECT_LE(std::abs(shown.green - expected.green), 40) << x << ' ' << y << shown;
+                EXPECT_LE(std::abs(shown.blue - expected.blue), 40) << x << ' ' << y << shown;
+            }
+        }
+    }
 }
 
 TEST(SheetCommand, ChoosesAsManyColumnsAsRows) {

@@ -56,6 +56,26 @@ Picture randomPicture(int width, int height, unsigned seed) {
     return picture;
 }
 
+Picture seen(const Picture& stored, int orientation) {
+    const int w = stored.width;
+    const int h = stored.height;
+    Picture picture(orientation < 5 ? w : h, orientation < 5 ? h : w, black);
+    for (int row = 0; row < h; ++row) {
+        for (int column = 0; column < w; ++column) {
+            const bool rowsRun = orientation < 5; // stored rows stay rows
+            const bool rowsTurned =
+                orientation == 3 || orientation == 4 || orientation == 6 || orientation == 7;
+            const bool columnsTurned =
+                orientation == 2 || orientation == 3 || orientation == 7 || orientation == 8;
+            const int fromRow = rowsTurned ? h - 1 - row : row;
+            const int fromColumn = columnsTurned ? w - 1 - column : column;
+            picture.at(rowsRun ? fromColumn : fromRow, rowsRun ? fromRow : fromColumn) =
+                stored.at(column, row);
+        }
+    }
+    return picture;
+}
+
 std::string pngOf(const Picture& picture, bool alpha) {
     std::string samples;
     for (const Pixel& p : picture.pixels) {

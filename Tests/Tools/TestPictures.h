@@ -55,6 +55,11 @@ std::string pngOf(const Picture& picture, bool alpha = false);
 /// Throws std::runtime_error when the bytes are no PNG.
 Picture pictureOfPNG(std::string_view bytes);
 
+/// A stored picture as EXIF says that it is to be seen, from the places that it gives the stored first row
+/// and column: (top, left), (top, right), (bottom, right), (bottom, left), (left, top), (right, top), (right,
+/// bottom), (left, bottom).
+Picture seen(const Picture& stored, int orientation);
+
 /// A file that libjpeg or libtiff reads through the library's codecs, for formats whose reading other tests
 /// cover. Alpha is undone from premultiplication only where it is 255 or 0.
 Picture pictureOfAnyFormat(std::string_view bytes);

@@ -24,13 +24,13 @@ TEST(CommandUsage, HelpGoesToStandardOutputAndEndsInExamples) {
     const Result result = run({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
-    for (const char* subcommand : {"info", "draw", "archive", "sheet"})
+    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet"})
         EXPECT_THAT(result.out, HasSubstr(subcommand));
     EXPECT_THAT(result.out, EndsWith("  imaging draw --help\n"));
 }
 
 TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
-    for (const char* subcommand : {"info", "draw", "archive", "sheet"}) {
+    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet"}) {
         const Result result = run({subcommand, "--help"});
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "");
@@ -48,7 +48,7 @@ TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
 }
 
 TEST(CommandUsage, HelpFitsIntoEightyColumns) {
-    for (const char* subcommand : {"info", "draw", "archive", "sheet"}) {
+    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet"}) {
         std::istringstream help(run({subcommand, "--help"}).out);
         for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80U) << line;
     }
@@ -62,7 +62,8 @@ TEST(CommandUsage, VersionIsOneLine) {
 }
 
 TEST(CommandUsage, NamesTheSubcommandThatWasMeant) {
-    expectWrongUsage({}, "imaging: a subcommand is missing; known are info, draw, archive and sheet "
+    expectWrongUsage({}, "imaging: a subcommand is missing; known are info, draw, apply, graph, archive "
+                         "and sheet "
                          "(see 'imaging --help')");
     expectWrongUsage({"drwa", "a.png"},
                      "imaging: there is no subcommand 'drwa'; did you mean 'draw'? (see 'imaging --help')");
@@ -87,7 +88,7 @@ TEST(CommandUsage, NamesWhatIsMissing) {
     expectWrongUsage({"draw"}, "imaging: draw: an input is missing (see 'imaging draw --help')");
     expectWrongUsage({"sheet", "-o", "a.png"},
                      "imaging: sheet: a picture or folder is missing (see 'imaging sheet --help')");
-    for (const std::string subcommand : {"draw", "archive", "sheet"}) {
+    for (const std::string subcommand : {"draw", "apply", "archive", "sheet"}) {
         expectWrongUsage({subcommand, "a.png"},
                          "imaging: " + subcommand +
                              ": the output is missing: -o FILE, or -o - for standard output "

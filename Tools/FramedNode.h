@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Imaging/Image.h"
+#include "Tools/Values.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace Tool {
+
+/// A picture on its way through operations: a node, and the rectangle of the space that it is drawn in that
+/// counts as the picture. The frame's size is in whole pixels; where it lies does not matter to people, who
+/// count from its upper left corner, to the right and downward.
+class FramedNode {
+public:
+    /// Framed by the rectangle around the node. Throws a Failure for `name` when it has none.
+    FramedNode(std::shared_ptr<Imaging::IMGImage> node, std::string name);
+
+    const std::shared_ptr<Imaging::IMGImage>& node() const { return m_node; }
+    PixelSize size() const;
+
+    /// Puts a node over the picture that touches no pixels. `make` gets the present one and the middle of the
+    /// frame; the new frame is the rectangle around the old one under the new node's transform.
+    template<class Make>
+    void turn(const Make& make) {
+        cut();
+        adoptTurned(make(m_node, middle()));
+    }
+
+    /// Puts a node over the picture that gives other colours and leaves its place. What lies beyond the frame
+    /// is cut off before.
+    template<class Make>
+    void recolor(const Make& make) {
+        cut();
+        m_node = make(m_node);
+    }
+
+    /// Moves the picture within its frame. What leaves it is not lost to a canvas that follows.
+    void move(double right, double down);
+
+    /// Cuts a rectangle out. What it has beyond the picture is transparent. Throws a Failure when it lies
+    /// outside the picture.
+    void crop(double left, double top, double width, double height);
+
+    /// Brings the picture into a size by an IMGImageScaling; SCALE_NONE puts it in the middle.
+    void scale(PixelSize size, std::int32_t scaling);
+
+    /// Puts the picture onto a canvas, their upper left corners together.
+    void putOnCanvas(PixelSize size);
+
+    /// Draws it so that the frame's lower left corner is at (0, 0) of the calling thread's current context.
+    void draw() const;
+
+private:
+    /// What lies beyond the frame, if anything: what a move left there, which a canvas may still show, or
+    /// what a canvas covers, which nothing may.
+    enum class Beyond { Nothing, Moved, Covered };
+
+    Platform::NSPoint middle() const;
+    void cut();
+    void adoptTurned(std::shared_ptr<Imaging::IMGImage> node);
+
+    std::shared_ptr<Imaging::IMGImage> m_node;
+    std::string m_name;
+    Platform::NSRect m_frame;
+    Beyond m_beyond = Beyond::Nothing;
+};
+
+} // namespace Tool
