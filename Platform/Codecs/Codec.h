@@ -19,7 +19,7 @@ enum class SampleColor { White, Black, RGB };
 
 /// What a picture says of itself.
 struct PictureHeader {
-    std::string formatName; ///< "JPEG", "PNG", "TIFF"; empty where it was not decoded from anything
+    std::string formatName; ///< "JPEG", "PNG", "TIFF", …; empty where it was not decoded from anything
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     int bitsPerSample = 8; ///< 8 or 16
@@ -56,7 +56,8 @@ struct PictureView {
 };
 
 struct EncodeOptions {
-    double quality = 0.9; ///< 0 to 1, for lossy formats; values outside are clamped
+    double quality = 0.9;        ///< 0 to 1, for lossy formats; values outside are clamped
+    bool diffusesErrors = false; ///< where colours are reduced to a palette, spread what is left over
 };
 
 /// How much a picture may ask for. Headers are checked against these before memory is allocated.
@@ -98,8 +99,10 @@ public:
     virtual DecodedPicture decode(ByteView bytes, const PictureLimits& limits) const = 0;
 
     /// The encoded picture, with resolution and profile where the format has a place for them, and with
-    /// orientation 1. Formats without alpha get the colour as it looks on black (premultiplied). Throws
-    /// when the format cannot hold the picture.
+    /// orientation 1. A picture without a profile (or with one for other samples) is written as sRGB, gray
+    /// with the curve of sRGB: with such a profile, or in the format's own words where it has them. Formats
+    /// without alpha get the colour as it looks on black (premultiplied). Throws when the format cannot hold
+    /// the picture or is only read.
     virtual NSData encode(const PictureView& picture, const EncodeOptions& options) const = 0;
 };
 

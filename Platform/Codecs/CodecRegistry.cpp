@@ -18,12 +18,26 @@ struct Registry {
     PictureLimits limits;
 };
 
+/// In the order in which they are asked, which matters to nobody: no bytes begin like two formats.
+std::vector<std::shared_ptr<const Codec>> builtInCodecs() {
+    return {
+        makeJpegCodec(),     makePngCodec(), makeTiffCodec(), makeGifCodec(), makeBmpCodec(), makeWebpCodec(),
+#ifdef IMAGING_WITH_HEIF
+        makeHeifCodec(),
+#endif
+#ifdef IMAGING_WITH_JXL
+        makeJxlCodec(),
+#endif
+        makeJpeg2000Codec(),
+    };
+}
+
 /// Made at the first use and never destroyed, so that static objects of any file may decode pictures while
 /// they are constructed and destroyed.
 Registry& registry() {
     static Registry& instance = *[] {
         auto* made = new Registry;
-        for (auto&& codec : {makeTiffCodec(), makePngCodec(), makeJpegCodec()}) {
+        for (const auto& codec : builtInCodecs()) {
             made->codecs.push_back({std::string(codec->formatName()), codec});
         }
         return made;

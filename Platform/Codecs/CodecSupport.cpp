@@ -22,19 +22,18 @@ bool hasFourLetters(ByteView bytes, std::size_t offset, std::string_view letters
                          "there is not enough memory for a picture of " + std::to_string(bytes) + " bytes");
 }
 
-} // namespace
-
-PixelBuffer allocateWorkingBytes(std::uint64_t size) {
+template<class Allocate>
+PixelBuffer allocated(std::uint64_t size, Allocate allocate) {
     if (size > std::numeric_limits<std::size_t>::max()) failForMemory(size);
     try {
-        return PixelBuffer::zeroed(static_cast<std::size_t>(size));
+        return allocate(static_cast<std::size_t>(size));
     } catch (const std::bad_alloc&) {
         failForMemory(size);
     }
 }
 
-DecodedPicture allocatePicture(PictureHeader header, const PictureLimits& limits,
-                               std::uint64_t workingBytes) {
+/// Everything but the pixels.
+DecodedPicture checkedPicture(PictureHeader header, const PictureLimits& limits, std::uint64_t workingBytes) {
     const std::size_t bytesPerRow = checkPictureLimits(header, limits);
     const std::uint64_t size = std::uint64_t{bytesPerRow} * header.height; // checked just now
     const bool counts = workingBytes > uncountedWorkingBytes;
@@ -46,17 +45,85 @@ DecodedPicture allocatePicture(PictureHeader header, const PictureLimits& limits
                                                         std::to_string(limits.maximumBytes) + " bytes");
     }
     DecodedPicture picture;
-    picture.pixels = allocateWorkingBytes(size);
     picture.bytesPerRow = bytesPerRow;
     picture.header = std::move(header);
+    return picture;
+}
+
+} // namespace
+
+PixelBuffer allocateWorkingBytes(std::uint64_t size) { return allocated(size, PixelBuffer::zeroed); }
+
+DecodedPicture allocatePicture(PictureHeader header, const PictureLimits& limits,
+                               std::uint64_t workingBytes) {
+    DecodedPicture picture = checkedPicture(std::move(header), limits, workingBytes);
+    picture.pixels =
+        allocated(std::uint64_t{picture.bytesPerRow} * picture.header.height, PixelBuffer::zeroed);
+    return picture;
+}
+
+DecodedPicture allocateUnwrittenPicture(PictureHeader header, const PictureLimits& limits,
+                                        std::uint64_t workingBytes) {
+    DecodedPicture picture = checkedPicture(std::move(header), limits, workingBytes);
+    picture.pixels =
+        allocated(std::uint64_t{picture.bytesPerRow} * picture.header.height, PixelBuffer::uninitialised);
     return picture;
 }
 
 NSData matchingProfile(ByteView profile, SampleColor color) {
     if (profile.size() < profileHeaderSize || !hasFourLetters(profile, profileSignature, "acsp")) return {};
     const std::string_view space = color == SampleColor::RGB ? "RGB " : "GRAY";
-    if (!hasFourLetters(profile, profileColorSpace, space)) return {};
+    if (!hasFourLetters(profile, profileColorSpace, space) || !convertsColors(profile, color)) return {};
     return {profile.begin(), profile.end()};
+}
+
+NSData profileToWrite(const PictureHeader& header) {
+    NSData own = matchingProfile(header.colorProfile, header.color);
+    return own.empty() ? standardProfile(header.color) : own;
+}
+
+NSData rgbProfileToWrite(const PictureHeader& header) {
+    if (header.color == SampleColor::RGB) return profileToWrite(header);
+    const bool hasOwn = !matchingProfile(header.colorProfile, header.color).empty();
+    return hasOwn ? NSData() : standardProfile(SampleColor::RGB);
+}
+
+std::uint64_t littleEndian(ByteView bytes, std::size_t offset, std::size_t count) {
+    std::uint64_t value = 0;
+    for (std::size_t i = count; i > 0; --i) value = value << 8 | bytes[offset + i - 1];
+    return value;
+}
+
+std::uint64_t bigEndian(ByteView bytes, std::size_t offset, std::size_t count) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < count; ++i) value = value << 8 | bytes[offset + i];
+    return value;
+}
+
+bool appendBytes(NSData& to, const std::uint8_t* from, std::size_t count) noexcept {
+    try {
+        to.insert(to.end(), from, from + count);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void failAsReadOnly(std::string_view formatName) {
+    throw CodecException(NSErrorCode::UnsupportedFormat,
+                         std::string(formatName) +
+                             " files are only read here; choose a format that is written");
+}
+
+void failForShortData(std::string_view formatName) {
+    throw CodecException(NSErrorCode::CorruptData,
+                         "the " + std::string(formatName) +
+                             " data ends before the picture is complete; the file may be cut short");
+}
+
+void failForDamage(std::string_view formatName, std::string_view why) {
+    throw CodecException(NSErrorCode::CorruptData,
+                         "the " + std::string(formatName) + " data is damaged (" + oneLine(why) + ")");
 }
 
 void checkEncodable(const PictureView& picture) {

@@ -9,9 +9,17 @@
 namespace Platform {
 
 /// The codecs that are there from the start, one maker per file.
+std::shared_ptr<const Codec> makeBmpCodec();
+std::shared_ptr<const Codec> makeGifCodec();
 std::shared_ptr<const Codec> makeJpegCodec();
+std::shared_ptr<const Codec> makeJpeg2000Codec();
 std::shared_ptr<const Codec> makePngCodec();
 std::shared_ptr<const Codec> makeTiffCodec();
+std::shared_ptr<const Codec> makeWebpCodec();
+
+/// Those whose libraries may be missing when Imaging is built; only declared then.
+std::shared_ptr<const Codec> makeHeifCodec();
+std::shared_ptr<const Codec> makeJxlCodec();
 
 /// Buffers that a library needs beside the decoded picture count towards PictureLimits::maximumBytes from
 /// this size on; smaller ones are not worth refusing a picture for.
@@ -24,14 +32,48 @@ inline constexpr std::uint64_t uncountedWorkingBytes = 16ULL << 20;
 /// be had.
 DecodedPicture allocatePicture(PictureHeader header, const PictureLimits& limits, std::uint64_t workingBytes);
 
+/// The same with pixels of any value, for decoders that write every byte or throw.
+DecodedPicture allocateUnwrittenPicture(PictureHeader header, const PictureLimits& limits,
+                                        std::uint64_t workingBytes);
+
 /// Memory for a decoder's intermediate rows, all 0. Throws a CodecException (TooLarge) when it
 /// cannot be had.
 PixelBuffer allocateWorkingBytes(std::uint64_t size);
 
-/// The bytes when they are an ICC profile for such samples: RGB profiles fit RGB, gray ones gray. Otherwise
-/// nothing, because a profile for other samples (a CMYK one, say, after conversion to RGB) describes colours
-/// that the picture does not have.
+/// The bytes when they are an ICC profile for such samples that colours can be converted by: RGB profiles fit
+/// RGB, gray ones gray. Otherwise nothing, because a profile for other samples (a CMYK one, say, after
+/// conversion to RGB) describes colours that the picture does not have.
 NSData matchingProfile(ByteView profile, SampleColor color);
+
+/// Whether lcms2 makes a conversion to sRGB of the profile, without taking much more memory than it has
+/// bytes.
+bool convertsColors(ByteView profile, SampleColor color);
+
+/// sRGB, or gray with the curve of sRGB; always the same bytes. Safe on every thread.
+const NSData& standardProfile(SampleColor color);
+
+/// What an encoder writes: the picture's own profile where it fits its samples, or else the standard one.
+NSData profileToWrite(const PictureHeader& header);
+
+/// The same for formats that have only RGB: a gray picture's own profile has no place there, and nothing is
+/// said of its colours then.
+NSData rgbProfileToWrite(const PictureHeader& header);
+
+/// The unsigned number of `count` bytes (at most 8) at an offset. The bytes must be there.
+std::uint64_t littleEndian(ByteView bytes, std::size_t offset, std::size_t count);
+std::uint64_t bigEndian(ByteView bytes, std::size_t offset, std::size_t count);
+
+/// Exceptions must not pass through C libraries: false when there is no memory for more bytes.
+bool appendBytes(NSData& to, const std::uint8_t* from, std::size_t count) noexcept;
+
+/// For the encoders of formats that are only read. Throws a CodecException (UnsupportedFormat).
+[[noreturn]] void failAsReadOnly(std::string_view formatName);
+
+/// The refusal of data that ends too early, in the same words for every format. Throws (CorruptData).
+[[noreturn]] void failForShortData(std::string_view formatName);
+
+/// The refusal of damaged data; `why` is a library's message or words of ours. Throws (CorruptData).
+[[noreturn]] void failForDamage(std::string_view formatName, std::string_view why);
 
 /// Checks what every encoder takes for granted. Throws a CodecException (CorruptData) for a picture without
 /// pixels, and an NSException (NSInvalidArgumentException) for a header or a row distance that makes no

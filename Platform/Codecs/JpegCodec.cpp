@@ -21,6 +21,9 @@ namespace {
 /// about ten scans; more than this many are an attack on the reader's time.
 constexpr int maximumScans = 100;
 
+/// The most that the library can give at one call: a row of blocks at the largest sampling.
+constexpr JDIMENSION rowsAtOnce = DCTSIZE * MAX_SAMP_FACTOR;
+
 constexpr int exifMarker = JPEG_APP0 + 1;
 constexpr int profileMarker = JPEG_APP0 + 2;
 constexpr unsigned int maximumMarkerLength = 0xffff;
@@ -243,16 +246,24 @@ void JpegReader::readRows(DecodedPicture& picture, std::uint8_t* inks) {
     const bool adobe = m_info.saw_Adobe_marker != FALSE;
     while (m_info.output_scanline < m_info.output_height) {
         std::uint8_t* row = picture.pixels.data() + m_info.output_scanline * picture.bytesPerRow;
-        JSAMPROW target = inks != nullptr ? inks : row;
-        jpeg_read_scanlines(&m_info, &target, 1);
-        if (inks != nullptr) convertInks(picture.header, inks, adobe, row);
+        if (inks != nullptr) {
+            jpeg_read_scanlines(&m_info, &inks, 1);
+            convertInks(picture.header, inks, adobe, row);
+            continue;
+        }
+        // As many as the library makes at once, straight to where they stay.
+        std::array<JSAMPROW, rowsAtOnce> targets{};
+        const JDIMENSION left = std::min(m_info.output_height - m_info.output_scanline, rowsAtOnce);
+        for (std::size_t i = 0; i < left; ++i) targets[i] = row + i * picture.bytesPerRow;
+        jpeg_read_scanlines(&m_info, targets.data(), left);
     }
     jpeg_finish_decompress(&m_info); // reads to the end, so that a missing end is noticed
 }
 
 DecodedPicture JpegReader::decode(const PictureLimits& limits) {
     PictureHeader header = readHeader();
-    DecodedPicture picture = allocatePicture(std::move(header), limits, workingBytes());
+    // Every warning that the library goes on after ends the decoding here, so every row is written.
+    DecodedPicture picture = allocateUnwrittenPicture(std::move(header), limits, workingBytes());
     PixelBuffer inks;
     if (hasInks()) inks = allocateWorkingBytes(std::uint64_t{picture.header.width} * 4);
     std::uint8_t* const inkRow = inks.data();
@@ -300,7 +311,7 @@ void onDestinationEnd(j_compress_ptr info) {
 class JpegWriter {
 public:
     JpegWriter(const PictureView& picture, double quality)
-        : m_picture(picture), m_profile(matchingProfile(picture.header.colorProfile, picture.header.color)) {
+        : m_picture(picture), m_profile(profileToWrite(picture.header)) {
         // The comparison that is false for NaN as well.
         m_quality = quality >= 0 ? static_cast<int>(std::lround(std::min(quality, 1.0) * 100)) : 0;
         m_quality = std::max(m_quality, 1);

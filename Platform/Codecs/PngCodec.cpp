@@ -293,6 +293,9 @@ void PngWriter::describe() {
     if (!m_profile.empty()) {
         png_set_iCCP(m_png, m_info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, m_profile.data(),
                      static_cast<png_uint_32>(m_profile.size()));
+    } else {
+        // The chunk that says sRGB, and for older readers its gamma and primaries; gray has the same curve.
+        png_set_sRGB_gAMA_and_cHRM(m_png, m_info, PNG_sRGB_INTENT_PERCEPTUAL);
     }
 }
 

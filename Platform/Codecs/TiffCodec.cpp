@@ -92,10 +92,8 @@ void TiffWriter::describeAppearance() {
         set(TIFFTAG_XRESOLUTION, header.resolutionX);
         set(TIFFTAG_YRESOLUTION, header.resolutionY);
     }
-    const NSData profile = matchingProfile(header.colorProfile, header.color);
-    if (!profile.empty()) {
-        set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()), profile.data());
-    }
+    const NSData profile = profileToWrite(header);
+    set(TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()), profile.data());
 }
 
 /// Samples that are not compressed and in the machine's byte order are written as they lie in memory.

@@ -158,7 +158,8 @@ std::optional<NSData> encodeBitmap(const NSBitmapImageRep& bitmap, std::string_v
     const std::shared_ptr<const Codec> codec = codecForFormat(format);
     if (codec == nullptr) {
         setError(error, NSErrorCode::UnsupportedFormat,
-                 std::string(format) + " files cannot be written; choose TIFF, JPEG or PNG");
+                 std::string(format) +
+                     " files cannot be written; choose TIFF, JPEG, PNG, JPEG 2000, GIF or BMP");
         return std::nullopt;
     }
     const PixelLayout layout = pixelLayout(bitmap);
@@ -352,6 +353,10 @@ std::optional<NSData> NSBitmapImageRep::representationUsingType(int type, const 
     const auto quality = properties.find(NSImageCompressionFactor);
     if (quality != properties.end() && std::holds_alternative<double>(quality->second)) {
         options.quality = std::get<double>(quality->second);
+    }
+    const auto diffusion = properties.find(NSImageErrorDiffusion);
+    if (diffusion != properties.end() && std::holds_alternative<int>(diffusion->second)) {
+        options.diffusesErrors = std::get<int>(diffusion->second) != 0;
     }
     return encodeBitmap(*this, formatOfType(type), options, error);
 }

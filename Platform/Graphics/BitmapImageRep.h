@@ -41,6 +41,8 @@ enum NSBitmapFormat : unsigned {
 inline constexpr std::string_view NSImageColorSyncProfileData =
     "NSImageColorSyncProfileData";                                                       ///< NSData: ICC
 inline constexpr std::string_view NSImageCompressionFactor = "NSImageCompressionFactor"; ///< double, 0 to 1
+inline constexpr std::string_view NSImageErrorDiffusion =
+    "NSImageErrorDiffusion"; ///< int: not 0 for GIF with errors diffused
 inline constexpr std::string_view NSImageOrientation = "NSImageOrientation"; ///< int: EXIF's 1 to 8
 inline constexpr std::string_view NSImageResolutionX =
     "NSImageResolutionX"; ///< double: declared pixels per inch
@@ -146,8 +148,10 @@ public:
     std::optional<NSData> TIFFRepresentation(NSError* error = nullptr) const;
 
     /// The bitmap as an encoded file of a type. Of the properties, NSImageCompressionFactor is the quality of
-    /// JPEG; the bitmap's profile and resolution are written where the format has a place for them. nullopt
-    /// and the reason when it cannot be encoded or the type has no encoder here.
+    /// JPEG and JPEG 2000 (where 1 loses nothing), and NSImageErrorDiffusion that of GIF; the bitmap's
+    /// profile and resolution are written where the format has a place for them, and sRGB is stated for a
+    /// bitmap without a profile. GIF reduces to 256 colours and alpha to all or nothing. nullopt and the
+    /// reason when it cannot be encoded or there is no such type.
     std::optional<NSData> representationUsingType(int type, const NSImageProperties& properties,
                                                   NSError* error = nullptr) const;
 

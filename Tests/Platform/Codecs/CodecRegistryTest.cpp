@@ -54,11 +54,13 @@ private:
     std::shared_ptr<const Codec> m_inner;
 };
 
-/// A format of its own: the letter G and then gray samples of one row.
+/// A format of its own: the letter G and then gray samples of one row, the first below 10.
 class OneRowCodec : public Codec {
 public:
     std::string_view formatName() const override { return "One row"; }
-    bool recognises(ByteView bytes) const override { return bytes.size() > 1 && bytes[0] == 'G'; }
+    bool recognises(ByteView bytes) const override {
+        return bytes.size() > 1 && bytes[0] == 'G' && bytes[1] < 10;
+    }
     PictureHeader readHeader(ByteView bytes) const override {
         PictureHeader header =
             headerOf(static_cast<std::uint32_t>(bytes.size() - 1), 1, 8, SampleColor::White, false);

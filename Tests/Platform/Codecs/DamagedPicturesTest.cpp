@@ -1,4 +1,4 @@
-#include "Tests/Platform/Codecs/CodecFixtures.h"
+#include "Tests/Platform/Codecs/LaterFixtures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <iostream>
 #include <random>
+#include <set>
+#include <sstream>
 
 namespace Platform {
 
@@ -22,6 +24,7 @@ struct Example {
     std::string format;
     std::string name;
     NSData bytes;
+    std::size_t needless = 0; ///< bytes at the end that a whole picture does without
 };
 
 void addJpegs(std::vector<Example>& examples) {
@@ -96,12 +99,103 @@ void addTiffs(std::vector<Example>& examples) {
     }
 }
 
-std::vector<Example> allExamples() {
-    std::vector<Example> examples;
-    addJpegs(examples);
-    addPngs(examples);
-    addTiffs(examples);
-    return examples;
+void addGifs(std::vector<Example>& examples) {
+    RawGif picture;
+    picture.width = 9;
+    picture.height = 7;
+    picture.colors = {{1, 2, 3}, {40, 50, 60}, {255, 0, 7}, {9, 99, 199}};
+    // The last byte says that no more pictures follow.
+    examples.push_back({"GIF", "plain", rawGif(picture, pattern(9, 7, 1, 3)), 1});
+    picture.interlaced = true;
+    picture.transparent = 1;
+    picture.screenWidth = 20;
+    picture.screenHeight = 10;
+    picture.left = 3;
+    picture.profile = sRGBProfile();
+    examples.push_back({"GIF", "with everything", rawGif(picture, pattern(9, 7, 1, 3)), 1});
+}
+
+void addBmps(std::vector<Example>& examples) {
+    const Samples samples = pattern(9, 7, 1, 3);
+    const std::vector<std::uint32_t> pixels(samples.begin(), samples.end());
+    RawBmp picture;
+    picture.width = 9;
+    picture.height = 7;
+    const auto add = [&](const std::string& name) {
+        examples.push_back({"BMP", name, rawBmp(picture, bmpRows(picture, pixels))});
+    };
+    add("24 bits");
+    picture.headerSize = 124;
+    picture.bits = 32;
+    picture.compression = 3;
+    picture.masks = {0xff0000, 0xff00, 0xff, 0xff000000};
+    picture.profile = sRGBProfile();
+    add("bit fields with profile");
+    picture = RawBmp{};
+    picture.width = 9;
+    picture.height = -7;
+    picture.bits = 4;
+    picture.headerSize = 12;
+    picture.colors.assign(16, {1, 2, 3});
+    picture.height = 7;
+    add("core header");
+    picture.headerSize = 40;
+    picture.bits = 8;
+    picture.compression = 1;
+    const NSData runs = {9, 1, 0, 0, 0, 5, 1, 2, 3, 4, 5, 0, 0, 2, 1, 2, 3, 1, 0, 0, 9, 3, 0, 1};
+    examples.push_back({"BMP", "runs", rawBmp(picture, runs)});
+}
+
+void addWebps(std::vector<Example>& examples) {
+    examples.push_back({"WebP", "lossless", rawWebp({9, 7, true, -1, {}, {}}, pattern(9, 7, 4, 255))});
+    examples.push_back({"WebP", "lossy", rawWebp({9, 7, false, 80, {}, {}}, pattern(9, 7, 3, 255))});
+    const NSData exif = exifRecord({true, 6, {{300, 1}}, 2});
+    examples.push_back(
+        {"WebP", "with records", rawWebp({9, 7, true, 80, sRGBProfile(), exif}, pattern(9, 7, 4, 255))});
+}
+
+void addJpeg2000s(std::vector<Example>& examples) {
+    RawJpeg2000 picture;
+    picture.width = 19;
+    picture.height = 11;
+    examples.push_back({"JPEG 2000", "file", rawJpeg2000(picture, pattern(19, 11, 3, 255))});
+    picture.isFile = false;
+    picture.tile = 16;
+    examples.push_back({"JPEG 2000", "codestream", rawJpeg2000(picture, pattern(19, 11, 3, 255))});
+}
+
+void addOptional([[maybe_unused]] std::vector<Example>& examples) {
+#ifdef IMAGING_WITH_HEIF
+    examples.push_back({"HEIF", "AVIF", rawHeif({16, 16, 8, false, false, {}, {}}, pattern(16, 16, 3, 255))});
+    examples.push_back({"HEIF", "HEIC", rawHeif({16, 16, 8, false, true, {}, {}}, flatBlocks(16, 16, 3))});
+#endif
+#ifdef IMAGING_WITH_JXL
+    RawJxl picture;
+    picture.width = 19;
+    picture.height = 11;
+    examples.push_back({"JPEG XL", "codestream", rawJxl(picture, pattern(19, 11, 3, 255))});
+    picture.samplesPerPixel = 4;
+    picture.exif = exifRecord({true, {}, {{300, 1}}, 2});
+    picture.profile = sRGBProfile();
+    examples.push_back({"JPEG XL", "container", rawJxl(picture, pattern(19, 11, 4, 255))});
+#endif
+}
+
+/// Made once, because encoding some of them takes time.
+const std::vector<Example>& allExamples() {
+    static const std::vector<Example> all = [] {
+        std::vector<Example> examples;
+        addJpegs(examples);
+        addPngs(examples);
+        addTiffs(examples);
+        addGifs(examples);
+        addBmps(examples);
+        addWebps(examples);
+        addJpeg2000s(examples);
+        addOptional(examples);
+        return examples;
+    }();
+    return all;
 }
 
 /// Decodes and answers whether a picture came of it. Anything but a whole picture and a CodecException, and a
@@ -121,6 +215,16 @@ bool decodesOrIsRefused(const std::string& format, ByteView bytes) {
     }
 }
 
+/// What was printed, but for libjxl: as Debian builds it, it says on standard error what it dislikes.
+std::string captured() {
+    std::istringstream lines(testing::internal::GetCapturedStderr());
+    std::string kept;
+    for (std::string line; std::getline(lines, line);) {
+        if (!line.empty() && line.find("/lib/jxl/") == std::string::npos) kept += line + "\n";
+    }
+    return kept;
+}
+
 /// A copy whose end is the end of its memory.
 NSData exactCopy(ByteView bytes) { return {bytes.begin(), bytes.end()}; }
 
@@ -131,21 +235,20 @@ TEST(DamagedPictures, AreWholeAndQuietWhileNothingIsDamaged) {
         EXPECT_TRUE(decodesOrIsRefused(example.format, example.bytes));
         EXPECT_EQ(codecForData(example.bytes)->formatName(), example.format);
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(captured(), "");
 }
 
 TEST(DamagedPictures, AreRefusedWhereverTheyAreCutShort) {
     testing::internal::CaptureStderr();
     for (const Example& example : allExamples()) {
         SCOPED_TRACE(example.format + " " + example.name);
-        // libtiff writes the directory last, so that what is cut off is always needed; in all formats nothing
-        // after the last byte is.
-        for (std::size_t size = 0; size < example.bytes.size(); ++size) {
+        // libtiff writes the directory last, so that what is cut off is always needed.
+        for (std::size_t size = 0; size < example.bytes.size() - example.needless; ++size) {
             const NSData cut = exactCopy(ByteView(example.bytes).first(size));
             EXPECT_FALSE(decodesOrIsRefused(example.format, cut)) << size;
         }
     }
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(captured(), "");
 }
 
 TEST(DamagedPictures, AreWholeOrRefusedWithAnyBytesChanged) {
@@ -171,12 +274,14 @@ TEST(DamagedPictures, AreWholeOrRefusedWithAnyBytesChanged) {
         }
     }
     EXPECT_GT(refused, 500); // the changes do reach what matters
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(captured(), "");
 }
 
 TEST(DamagedPictures, AreRefusedWhenTheyAreGarbage) {
     std::mt19937 random(7);
-    for (const char* format : {"JPEG", "PNG", "TIFF"}) {
+    std::set<std::string> formats;
+    for (const Example& example : allExamples()) formats.insert(example.format);
+    for (const std::string& format : formats) {
         EXPECT_FALSE(decodesOrIsRefused(format, {}));
         for (std::size_t size = 1; size < 300; size += 7) {
             NSData garbage(size);
@@ -184,123 +289,6 @@ TEST(DamagedPictures, AreRefusedWhenTheyAreGarbage) {
             EXPECT_FALSE(decodesOrIsRefused(format, garbage));
         }
     }
-}
-
-/// A gray TIFF of one strip whose size and strip are as told.
-NSData grayTiff(std::uint32_t width, std::uint32_t height, std::uint32_t offset, std::uint32_t count,
-                std::uint32_t rowsPerStrip, std::uint32_t compression = 1) {
-    const std::vector<TiffEntry> entries = {
-        {256, 4, 1, width}, {257, 4, 1, height}, {258, 3, 1, 8}, {259, 3, 1, compression},
-        {262, 3, 1, 1},     {273, 4, 1, offset}, {277, 3, 1, 1}, {278, 4, 1, rowsPerStrip},
-        {279, 4, 1, count},
-    };
-    return tiffOfEntries(entries, NSData(64, 7));
-}
-
-constexpr std::uint32_t dataAt = 8 + 2 + 12 * 9 + 4;
-
-TEST(LyingTiffs, AreReadWhenTheyDoNotLie) {
-    const DecodedPicture picture = decode("TIFF", grayTiff(8, 8, dataAt, 64, 8));
-    EXPECT_EQ(samplesOf(picture), Samples(64, 7));
-}
-
-TEST(LyingTiffs, AreRefusedForSizesBeyondTheLimits) {
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(100000, 100000, dataAt, 64, 100000)).reason,
-              "the picture is 100000 x 100000 pixels, more than the limit of 268435456 pixels");
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(0xffffffff, 0xffffffff, dataAt, 64, 0xffffffff)).code,
-              NSErrorCode::TooLarge);
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(0, 8, dataAt, 64, 8)).code, NSErrorCode::CorruptData);
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(8, 0, dataAt, 64, 8)).code, NSErrorCode::CorruptData);
-}
-
-TEST(LyingTiffs, AreRefusedForStripsOutsideTheData) {
-    const std::string cut = "the TIFF data ends before the picture is complete; the file may be cut short";
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(8, 8, dataAt + 1, 64, 8)).reason, cut);
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(8, 8, 0xfffffff0, 64, 8, 5)).reason, cut);
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(8, 8, dataAt, 0x7fffffff, 8, 5)).reason, cut);
-}
-
-TEST(LyingTiffs, AreRefusedForStripsThatHoldTooLittle) {
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(8, 9, dataAt, 64, 9)).code, NSErrorCode::CorruptData);
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(16000, 16000, dataAt, 64, 16000)).code,
-              NSErrorCode::CorruptData);
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(16000, 16000, dataAt, 64, 16000, 5)).code,
-              NSErrorCode::CorruptData);
-}
-
-TEST(LyingTiffs, AreRefusedForHundredsOfMillionsOfStripsWithoutMemoryForThem) {
-    // 8 bytes for each of two numbers would be 4 GB.
-    EXPECT_EQ(refusalOfDecoding("TIFF", grayTiff(1, 250'000'000, dataAt, 64, 1)).code,
-              NSErrorCode::CorruptData);
-}
-
-TEST(LyingTiffs, AreRefusedForTilesLargerThanTheLimit) {
-    const std::vector<TiffEntry> entries = {
-        {256, 4, 1, 8}, {257, 4, 1, 8},     {258, 3, 1, 8},     {259, 3, 1, 5}, {262, 3, 1, 1},
-        {277, 3, 1, 1}, {322, 4, 1, 65536}, {323, 4, 1, 65536}, {324, 4, 1, 8}, {325, 4, 1, 64},
-    };
-    EXPECT_EQ(refusalOfDecoding("TIFF", tiffOfEntries(entries, NSData(64, 7))).code, NSErrorCode::TooLarge);
-}
-
-/// A TIFF of many strips, each of which is all of the file.
-NSData overlappingTiff(std::uint32_t strips) {
-    const std::vector<TiffEntry> entries = {
-        {256, 4, 1, 1},
-        {257, 4, 1, strips},
-        {258, 3, 1, 8},
-        {259, 3, 1, COMPRESSION_LZW},
-        {262, 3, 1, 1},
-        {273, 4, strips, tiffDataOffset(9)},
-        {277, 3, 1, 1},
-        {278, 4, 1, 1},
-        {279, 4, strips, tiffDataOffset(9) + 4 * strips},
-    };
-    NSData data(8 * std::size_t{strips}, 0);
-    const std::size_t size = tiffDataOffset(9) + data.size();
-    for (std::size_t i = 0; i < strips; ++i) {
-        data[4 * i] = 8; // every strip begins behind the header
-        for (std::size_t byte = 0; byte < 4; ++byte) {
-            data[4 * (strips + i) + byte] = static_cast<std::uint8_t>((size - 8) >> (8 * byte));
-        }
-    }
-    return tiffOfEntries(entries, data);
-}
-
-TEST(LyingTiffs, AreRefusedForStripsThatShareTheirBytesOverAndOver) {
-    const Refusal refusal = refusalOfDecoding("TIFF", overlappingTiff(10000));
-    EXPECT_EQ(refusal.code, NSErrorCode::CorruptData);
-    EXPECT_THAT(refusal.reason, HasSubstr("overlap"));
-}
-
-TEST(LyingTiffs, AreRefusedForTagsThatClaimTheSameBytesOverAndOver) {
-    std::vector<TiffEntry> entries;
-    for (std::uint16_t i = 0; i < 1000; ++i) {
-        entries.push_back({static_cast<std::uint16_t>(40000 + i), 1, 60000, 100}); // 60 MB of 64 KB
-    }
-    const Refusal refusal = refusalOfDecoding("TIFF", tiffOfEntries(entries, NSData(65536, 0)));
-    EXPECT_EQ(refusal.code, NSErrorCode::CorruptData);
-    EXPECT_THAT(refusal.reason, HasSubstr("claim"));
-}
-
-TEST(LyingTiffs, AreRefusedForJPEGStripsThatAreTooSmall) {
-    RawTiff picture;
-    picture.width = picture.height = 16;
-    picture.samplesPerPixel = 1;
-    picture.photometric = PHOTOMETRIC_MINISBLACK;
-    picture.compression = COMPRESSION_JPEG;
-    NSData bytes = rawTiff(picture, flatBlocks(16, 16, 1));
-    EXPECT_TRUE(decodesOrIsRefused("TIFF", bytes));
-    const NSData frame = {0xff, 0xc0, 0, 11, 8, 0, 16, 0, 16};
-    const auto found = std::search(bytes.begin(), bytes.end(), frame.begin(), frame.end());
-    ASSERT_NE(found, bytes.end());
-    found[6] = 8; // half of the rows are not there
-    EXPECT_EQ(refusalOfDecoding("TIFF", bytes).code, NSErrorCode::CorruptData);
-}
-
-TEST(LyingTiffs, AreRefusedForACompressionThatNobodyKnows) {
-    const Refusal refusal = refusalOfDecoding("TIFF", grayTiff(8, 8, dataAt, 64, 8, 4711));
-    EXPECT_EQ(refusal.code, NSErrorCode::UnsupportedFormat);
-    EXPECT_THAT(refusal.reason, HasSubstr("4711"));
 }
 
 } // namespace

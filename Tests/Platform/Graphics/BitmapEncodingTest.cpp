@@ -248,6 +248,16 @@ TEST(BitmapEncoding, ADecodedBitmapTellsWhereItComesFrom) {
     EXPECT_FALSE(back->isPlanar());
 }
 
+TEST(BitmapEncoding, EveryTypeGivesAPlainPictureBack) {
+    const auto bitmap = bitmapOf(Grid(3, 2, red));
+    for (const int type : {NSTIFFFileType, NSBMPFileType, NSGIFFileType, NSPNGFileType, NSJPEG2000FileType}) {
+        const auto back =
+            decoded(bitmap->representationUsingType(type, {{std::string(NSImageCompressionFactor), 1.0}}));
+        ASSERT_NE(back, nullptr) << type;
+        EXPECT_EQ(largestDifference(*bitmap, *back, 255), 0) << type;
+    }
+}
+
 TEST(BitmapEncoding, SaysWhyATypeCannotBeWritten) {
     NSError error;
     EXPECT_EQ(bitmapOf(Grid(3, 2))->representationUsingType(99, {}, &error), std::nullopt);
