@@ -1,0 +1,6 @@
+#include "Tests/Fuzz/Fuzz.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Fuzz::decode("TIFF", {data, size});
+    return 0;
+}
