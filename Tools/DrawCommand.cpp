@@ -15,16 +15,16 @@ namespace {
 
 const SubcommandText drawText = {
     "draw", "Draw a picture or graph into a new picture", "[OPTION...] INPUT -o OUTPUT",
-    R"(INPUT is a picture file (JPEG, PNG or TIFF), an http, https or file URL, '-'
+    R"(INPUT is a picture file of any usual format, an http, https or file URL, '-'
 for standard input, or a graph that 'imaging archive' made; which of them is
 told by its content. A picture is drawn the way up that its file declares,
 unless --no-orient is given; pictures inside a graph of several are drawn as
 they are stored.
 
-OUTPUT is a .jpg, .jpeg, .png, .tif or .tiff file, or '-' for standard output,
-which needs --format. It may be the INPUT. It is written whole or not at all,
-with 8 bits a sample, and without alpha where all of it is opaque. JPEG has no
-alpha: what is transparent becomes white.)",
+OUTPUT is a .jpg, .png, .tiff, .gif, .bmp or .jp2 file, or '-' for standard
+output, which needs --format. It may be the INPUT. It is written whole or not
+at all, with 8 bits a sample, and without alpha where all of it is opaque. JPEG
+has no alpha: what is transparent becomes white. GIF has at most 256 colours.)",
     R"(  imaging draw photo.jpg -o photo.png
   imaging draw photo.jpg -o small.jpg --size 800 --quality 80
   imaging draw photo.jpg -o square.png --size 512x512 --fit cover

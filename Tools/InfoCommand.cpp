@@ -15,7 +15,7 @@ namespace {
 
 const SubcommandText infoText = {
     "info", "Tell what pictures and graphs are", "[OPTION...] INPUT...",
-    R"(INPUT is a picture file (JPEG, PNG or TIFF), an http, https or file URL, '-'
+    R"(INPUT is a picture file of any usual format, an http, https or file URL, '-'
 for standard input, or a graph that 'imaging archive' made. Of a picture only
 the beginning is read, so damage further on is not noticed; of a graph
 everything. The orientation is told by its EXIF number and by what has to be

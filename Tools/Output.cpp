@@ -28,8 +28,12 @@ struct Suffix {
 constexpr OutputFormat jpeg = {Platform::NSJPEGFileType, false, true};
 constexpr OutputFormat png = {Platform::NSPNGFileType, true, false};
 constexpr OutputFormat tiff = {Platform::NSTIFFFileType, true, false};
-constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg}, Suffix{"png", png},
-                                 Suffix{"tif", tiff}, Suffix{"tiff", tiff}};
+constexpr OutputFormat jpeg2000 = {Platform::NSJPEG2000FileType, true, true};
+constexpr OutputFormat gif = {Platform::NSGIFFileType, true, false};
+constexpr OutputFormat bmp = {Platform::NSBMPFileType, true, false};
+constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg},   Suffix{"png", png},
+                                 Suffix{"tif", tiff}, Suffix{"tiff", tiff},   Suffix{"gif", gif},
+                                 Suffix{"bmp", bmp},  Suffix{"jp2", jpeg2000}};
 
 std::optional<OutputFormat> formatNamed(std::string word) {
     for (char& c : word) {
@@ -103,7 +107,8 @@ std::string shownPath(const std::string& path) { return path == "-" ? "standard 
 void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const std::string& typeName) {
     app.add_option("-o,--output", path, "The " + what + " to write; its suffix names the format")
         ->type_name(typeName);
-    app.add_option("--format", format, "jpg, png or tiff, whatever the suffix says")->type_name("FORMAT");
+    app.add_option("--format", format, "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says")
+        ->type_name("FORMAT");
 }
 
 void PictureOutput::declareBackground(CLI::App& app) {
@@ -115,7 +120,7 @@ void PictureOutput::declareBackground(CLI::App& app) {
 }
 
 void PictureOutput::declareHow(CLI::App& app) {
-    app.add_option("--quality", quality, "Of a JPEG, 1 to 100 (90)")->type_name("N");
+    app.add_option("--quality", quality, "Of a JPEG or JPEG 2000, 1 to 100 (90)")->type_name("N");
     app.add_flag("--no-orient", asStored,
                  "Draw pictures as they are stored, whatever way up\n"
                  "they declare")
@@ -127,7 +132,7 @@ OutputFormat PictureOutput::checkedFormat() const {
     const OutputFormat chosen = formatOf(*this);
     if (quality.empty()) return chosen;
     if (!chosen.hasQuality)
-        throw UsageError("--quality: only JPEG has a quality; leave it out or write a .jpg");
+        throw UsageError("--quality: only JPEG and JPEG 2000 have a quality; leave it out or write a .jpg");
     parseNumber(quality, "--quality", 1, 100);
     return chosen;
 }

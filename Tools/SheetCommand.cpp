@@ -22,7 +22,7 @@ namespace {
 
 const SubcommandText sheetText = {
     "sheet", "Lay pictures out on a contact sheet", "[OPTION...] INPUT... -o SHEET",
-    R"(INPUT is a picture file (JPEG, PNG or TIFF), a folder, an http, https or file
+    R"(INPUT is a picture file of any usual format, a folder, an http, https or file
 URL, '-' for standard input, or a graph that 'imaging archive' made. A folder
 stands for the pictures in it, told by their content, in the order in which
 people count (IMG_2 before IMG_10); hidden files, folders in it and the SHEET
@@ -32,8 +32,8 @@ Each picture is drawn the way up that its file declares (unless --no-orient is
 given), as large as it fits into its cell. A picture that cannot be read is
 named at once and no sheet is made, unless --skip-bad is given.
 
-SHEET is a .jpg, .jpeg, .png, .tif or .tiff file, or '-' for standard output,
-which needs --format.)",
+SHEET is a .jpg, .png, .tiff, .gif, .bmp or .jp2 file, or '-' for standard
+output, which needs --format.)",
     R"(  imaging sheet Pictures -o sheet.png
   imaging sheet *.jpg -o sheet.jpg --columns 6 --cell 240x240 --quality 85
   imaging sheet Pictures -o sheet.png --background white --frame 6,#eeeeee

@@ -103,10 +103,10 @@ TEST(BadInput, RefusesFoldersButForSheets) {
 TEST(BadInput, RefusesWhatIsNoPicture) {
     const TemporaryFolder folder;
     expectRefusalByAll(folder, folder.write("empty.png", ""), "there is no data");
-    expectRefusalByAll(folder, folder.write("text.png", "GIF89a is not known here"),
-                       "the data is not a picture of a known format (TIFF, PNG, JPEG)");
+    expectRefusalByAll(folder, folder.write("text.png", "This is no picture at all"),
+                       "the data is not a picture of a known format (JPEG, PNG, TIFF, GIF, BMP, WebP");
     expectRefusalByAll(folder, folder.write("zeros.jpg", std::string(100'000, '\0')),
-                       "the data is not a picture of a known format (TIFF, PNG, JPEG)");
+                       "the data is not a picture of a known format (JPEG, PNG, TIFF, GIF, BMP, WebP");
 }
 
 TEST(BadInput, RefusesPicturesThatAreCutShortAnywhere) {

@@ -37,12 +37,12 @@ TEST(InfoCommand, ListsPicturesInColumns) {
         run({"info", "a.png", "longer name.tif", "\xc3\xa9.jpg"}, {.folder = folder.path("")});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(
-        result.out,
-        "FILE             FORMAT  PIXELS  SAMPLES           ALPHA  ORIENTATION    RESOLUTION  PROFILE\n"
-        "a.png            PNG     5 x 3   RGB, 4 x 8 bits   yes    1, upright     -           -\n"
-        "longer name.tif  TIFF    4 x 4   gray, 1 x 8 bits  no     1, upright     -           -\n"
-        "\xc3\xa9.jpg            JPEG    16 x 8  RGB, 3 x 8 bits   no     6, turn right  -           -\n");
+    EXPECT_EQ(result.out,
+              "FILE             FORMAT  PIXELS  SAMPLES           ALPHA  ORIENTATION    RESOLUTION  PROFILE\n"
+              "a.png            PNG     5 x 3   RGB, 4 x 8 bits   yes    1, upright     -           -\n"
+              "longer name.tif  TIFF    4 x 4   gray, 1 x 8 bits  no     1, upright     -           -\n"
+              "\xc3\xa9.jpg            JPEG    16 x 8  RGB, 3 x 8 bits   no     6, turn right  -           "
+              "sRGB IEC61966-2.1\n");
 }
 
 TEST(InfoCommand, TellsResolutionsInPixelsPerInch) {
@@ -83,8 +83,8 @@ TEST(InfoCommand, GoesOnAfterAFileThatCannotBeRead) {
     const std::string missing = folder.path("missing.png");
     const Result result = run({"info", missing, good, text});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "imaging: " + missing + ": there is no such file\nimaging: " + text +
-                              ": the data is not a picture of a known format (TIFF, PNG, JPEG)\n");
+    EXPECT_THAT(result.err, testing::StartsWith("imaging: " + missing + ": there is no such file\nimaging: " +
+                                                text + ": the data is not a picture of a known format ("));
     EXPECT_THAT(result.out, testing::HasSubstr(good + "  PNG     2 x 2   "));
     EXPECT_THAT(result.out, testing::Not(testing::HasSubstr("notes")));
 }

@@ -174,8 +174,8 @@ TEST(SheetCommand, GoesOnWithoutBadPicturesOnDemand) {
     const Result result = run({"sheet", a, bad, c, "--skip-bad", "--columns", "1", "--cell", "40x40",
                                "--frame", "none", "-o", folder.path("sheet.png")});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.err,
-              "imaging: " + bad + ": the data is not a picture of a known format (TIFF, PNG, JPEG)\n");
+    EXPECT_THAT(result.err, testing::StartsWith("imaging: " + bad +
+                                                ": the data is not a picture of a known format (JPEG, PNG"));
     Picture expected(48, 92, gray); // the others close up
     fill(expected, 4, 4, 40, 40, red);
     fill(expected, 4, 48, 40, 40, green);

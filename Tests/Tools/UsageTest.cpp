@@ -112,30 +112,31 @@ TEST(CommandUsage, NamesOptionsWithoutOrWithTooManyValues) {
 TEST(CommandUsage, RefusesOutputsOfUnknownFormat) {
     const std::string hint = " (see 'imaging draw --help')";
     expectWrongUsage(
-        {"draw", "a.png", "-o", "b.gif"},
-        "imaging: draw: -o b.gif: the suffix names no format that can be written; those that work are "
-        ".jpg, .jpeg, .png, .tif and .tiff, or add --format" +
+        {"draw", "a.png", "-o", "b.webp"},
+        "imaging: draw: -o b.webp: the suffix names no format that can be written; those that work are "
+        ".jpg, .jpeg, .png, .tif, .tiff, .gif, .bmp and .jp2, or add --format" +
             hint);
     expectWrongUsage(
         {"draw", "a.png", "-o", "b"},
         "imaging: draw: -o b: the suffix names no format that can be written; those that work are "
-        ".jpg, .jpeg, .png, .tif and .tiff, or add --format" +
+        ".jpg, .jpeg, .png, .tif, .tiff, .gif, .bmp and .jp2, or add --format" +
             hint);
     expectWrongUsage(
         {"draw", "a.png", "-o", "-"},
         "imaging: draw: -o -: standard output has no suffix to tell the format by; add --format" + hint);
-    expectWrongUsage(
-        {"draw", "a.png", "-o", "-", "--format", "jgp"},
-        "imaging: draw: --format: 'jgp' cannot be written; known are jpg, jpeg, png, tif and tiff; did "
-        "you mean 'jpg'?" +
-            hint);
+    expectWrongUsage({"draw", "a.png", "-o", "-", "--format", "jgp"},
+                     "imaging: draw: --format: 'jgp' cannot be written; known are jpg, jpeg, png, tif, tiff, "
+                     "gif, bmp and jp2; did "
+                     "you mean 'jpg'?" +
+                         hint);
 }
 
 TEST(CommandUsage, RefusesQualitiesThatMeanNothing) {
     const std::string hint = " (see 'imaging draw --help')";
-    expectWrongUsage({"draw", "a.png", "-o", "b.png", "--quality", "80"},
-                     "imaging: draw: --quality: only JPEG has a quality; leave it out or write a .jpg" +
-                         hint);
+    expectWrongUsage(
+        {"draw", "a.png", "-o", "b.png", "--quality", "80"},
+        "imaging: draw: --quality: only JPEG and JPEG 2000 have a quality; leave it out or write a .jpg" +
+            hint);
     for (const std::string quality : {"0", "101", "-1", "8o", "", "7.5", "99999999999999999999"}) {
         if (quality.empty()) continue;
         expectWrongUsage({"draw", "a.png", "-o", "b.jpg", "--quality", quality},
