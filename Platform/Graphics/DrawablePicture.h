@@ -35,8 +35,9 @@ public:
 /// none at first: each level is made when it is first needed, straight from the rows where no finer one is
 /// there, so that a photograph that is only ever drawn small never exists a second time at full size.
 ///
-/// Memory: 4 bytes a pixel of each level made; all of them together at most 16/3 bytes a pixel. Levels are
-/// kept until `letGo`, which a picture's `recache` and `releasePictureMemory` lead to.
+/// Memory: 4 bytes a pixel of each level made, which all together comes to 16/3 bytes a pixel of the picture
+/// (8 where it is a single row or column). Levels are kept until `letGo`, which a picture's `recache` and
+/// `releasePictureMemory` lead to.
 ///
 /// `level` and `letGo` may be called from any threads; what `level` gives stays valid for who holds it.
 class DrawablePicture {

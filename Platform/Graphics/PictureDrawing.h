@@ -27,7 +27,8 @@ struct PlacedPicture {
 
 /// The two ways to draw: by the painter, and by Cairo. The latter rounds fractions to 8 bits and has no
 /// plus-darker, for which it throws an NSException (NSGraphicsException); where a pixel is covered in part it
-/// clears that pixel under source-in, source-out, destination-in and destination-atop.
+/// clears that pixel under source-in, source-out, destination-in and destination-atop, and under plus-lighter
+/// adds the picture in proportion before the limit instead of after it.
 void drawByPainter(cairo_t* context, const PlacedPicture& placed, int operation, double fraction);
 void drawByCairo(cairo_t* context, const PlacedPicture& placed, int operation, double fraction);
 

@@ -43,6 +43,9 @@ std::optional<PixelTarget> PixelTarget::ofContext(cairo_t* context) {
     const cairo_format_t format = cairo_image_surface_get_format(surface);
     if (format != CAIRO_FORMAT_ARGB32 && format != CAIRO_FORMAT_RGB24) return std::nullopt;
     cairo_surface_flush(surface);
+    // Of a finished surface Cairo still gives the address of pixels that are gone; this tells it from others.
+    cairo_surface_mark_dirty(surface);
+    if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) return std::nullopt;
     PixelTarget target;
     target.m_surface = surface;
     target.m_data = cairo_image_surface_get_data(surface);
@@ -51,7 +54,7 @@ std::optional<PixelTarget> PixelTarget::ofContext(cairo_t* context) {
     target.m_height = cairo_image_surface_get_height(surface);
     target.m_opaque = format == CAIRO_FORMAT_RGB24;
     target.m_device = deviceToPixels(surface);
-    if (target.m_data == nullptr) return std::nullopt; // a surface that was finished
+    if (target.m_data == nullptr) return std::nullopt; // a part of another surface
     return target;
 }
 
