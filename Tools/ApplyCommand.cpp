@@ -16,22 +16,25 @@ using Platform::NSRect;
 namespace {
 
 const SubcommandText applyText = {
-    "apply", "Turn, flip, cut, scale and place a picture", "[OPTION...] INPUT [OPERATION...] -o OUTPUT",
-    R"(INPUT is a picture file (JPEG, PNG or TIFF), an http, https or file URL, '-'
+    "apply", "Turn, cut, scale, place, colour and filter a picture",
+    "[OPTION...] INPUT [OPERATION...] -o OUTPUT",
+    R"(INPUT is a picture file of any usual format, an http, https or file URL, '-'
 for standard input, or a graph that 'imaging archive' made. A picture is first
 brought the way up that its file declares, unless --no-orient is given. Then
 the operations are carried out one after another, each on what the one before
 made; any may be given several times. All places are counted in pixels from the
 upper left corner of what there is then, to the right and down.
 
-OUTPUT is a .jpg, .jpeg, .png, .tif or .tiff file, or '-' for standard output,
-which needs --format. It is as large as what the last operation made. It may
-be the INPUT. It is written whole or not at all, with 8 bits a sample, and
-without alpha where all of it is opaque. JPEG has no alpha: what is transparent
-becomes white, or the --background.)",
+OUTPUT is a .jpg, .png, .tiff, .gif, .bmp or .jp2 file, or '-' for standard
+output, which needs --format. It is as large as what the last operation made.
+It may be the INPUT. It is written whole or not at all, with 8 bits a sample,
+and without alpha where all of it is opaque. JPEG has no alpha: what is
+transparent becomes white, or the --background. Colours are sRGB.)",
     R"(  imaging apply photo.jpg --turn right -o upright.jpg
   imaging apply photo.jpg --rotate -1.5 --crop 40,40,1200,800 -o level.jpg
   imaging apply photo.jpg --scale 800x600 --fit stretch -o small.png
+  imaging apply photo.jpg --color 1.1,1,0.9 --sharpen -o warm.jpg
+  imaging apply photo.jpg --canvas 800x600 --mask vignette.png -o soft.png
   imaging apply logo.png --translate 20,10 --canvas 400x100 -o banner.png
   imaging apply a.png --flip horizontal --rotate 30 -o b.png --background navy)"};
 

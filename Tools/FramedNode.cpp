@@ -1,17 +1,22 @@
 #include "Tools/FramedNode.h"
 
 #include "Imaging/Bounds.h"
+#include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
 #include "Imaging/CropAndScale.h"
+#include "Imaging/PixelOperation.h"
 #include "Imaging/TransformOperations.h"
+#include "Platform/Codecs/Codec.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tools/Canvas.h"
 #include "Tools/Input.h"
 #include "Tools/Messages.h"
+#include "Tools/Output.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <variant>
 
 namespace Tool {
 
@@ -44,6 +49,20 @@ NSRect rectAround(NSRect rect, const NSAffineTransform& transform) {
     return NSMakeRect(left, bottom, right - left, top - bottom);
 }
 
+/// Whether a node's picture has colours of another space than sRGB, which operations on its numbers would
+/// take for sRGB.
+bool hasOtherColors(IMGImage& node) {
+    if (dynamic_cast<const Imaging::IMGImageFromNSImage*>(&node) == nullptr) return false;
+    const std::shared_ptr<Imaging::CCImage> picture = node.untransformedImage();
+    if (picture == nullptr || picture->nsImage() == nullptr) return false;
+    const auto bitmap =
+        std::dynamic_pointer_cast<Platform::NSBitmapImageRep>(picture->nsImage()->bestRepresentation());
+    if (bitmap == nullptr || bitmap->colorSpaceName() != Platform::NSCalibratedRGBColorSpace) return false;
+    const auto property = bitmap->valueForProperty(Platform::NSImageColorSyncProfileData);
+    const auto* const profile = property.has_value() ? std::get_if<Platform::NSData>(&*property) : nullptr;
+    return profile != nullptr && Platform::colorProfileName(*profile).find("sRGB") == std::string::npos;
+}
+
 std::string numberInWords(double number) { return std::to_string(std::llround(number)); }
 
 } // namespace
@@ -70,6 +89,42 @@ void FramedNode::cut() {
 void FramedNode::adoptTurned(std::shared_ptr<IMGImage> node) {
     m_node = std::move(node);
     m_frame = inWholePixels(rectAround(m_frame, m_node->transform()));
+}
+
+void FramedNode::recompute() {
+    cut();
+    const bool isPlain = dynamic_cast<const Imaging::IMGImageFromNSImage*>(m_node.get()) != nullptr ||
+                         dynamic_cast<const Imaging::PixelOperation*>(m_node.get()) != nullptr;
+    if (isPlain && !hasOtherColors(*m_node)) return;
+    adoptBitmap(drawnOnCanvas(size(), shownName(m_name), "--scale or --crop it to a smaller size", [this] {
+        draw();
+        return NSRect{Platform::NSZeroPoint, m_frame.size};
+    }));
+}
+
+void FramedNode::adoptBitmap(std::shared_ptr<Platform::NSBitmapImageRep> bitmap) {
+    const auto picture = std::make_shared<Platform::NSImage>(bitmap->size());
+    picture->addRepresentation(std::move(bitmap));
+    m_node = Imaging::imagingImage(picture);
+    m_frame.origin = Platform::NSZeroPoint;
+}
+
+std::shared_ptr<Platform::NSBitmapImageRep> FramedNode::bitmap() const {
+    const std::shared_ptr<Imaging::CCImage> result = m_node->untransformedImage();
+    const auto bitmap = result != nullptr && result->nsImage() != nullptr
+                            ? Imaging::bitmapRepresentationWithCanonicalFormat(*result->nsImage())
+                            : nullptr;
+    if (bitmap == nullptr)
+        throw Failure(shownName(m_name), "its pixels could not be computed; memory is short");
+    return bitmap;
+}
+
+Imaging::IMGBitmapFormat FramedNode::layout() const { return Imaging::imgBitmapFormat(*bitmap()); }
+
+void FramedNode::dropNeedlessAlpha() {
+    const std::shared_ptr<Platform::NSBitmapImageRep> whole = bitmap();
+    if (Imaging::imgBitmapFormat(*whole) != Imaging::IMGBitmapFormatRGBA) return;
+    if (auto opaque = withoutNeedlessAlpha(*whole)) adoptBitmap(std::move(opaque));
 }
 
 void FramedNode::move(double right, double down) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Imaging/BitmapFormats.h"
 #include "Imaging/Image.h"
 #include "Tools/Values.h"
 
@@ -18,6 +19,7 @@ public:
     FramedNode(std::shared_ptr<Imaging::IMGImage> node, std::string name);
 
     const std::shared_ptr<Imaging::IMGImage>& node() const { return m_node; }
+    const std::string& name() const { return m_name; }
     PixelSize size() const;
 
     /// Puts a node over the picture that touches no pixels. `make` gets the present one and the middle of the
@@ -28,11 +30,20 @@ public:
         adoptTurned(make(m_node, middle()));
     }
 
-    /// Puts a node over the picture that gives other colours and leaves its place. What lies beyond the frame
-    /// is cut off before.
+    /// Makes the picture plain pixels in sRGB, as operations that compute new ones want it: what is placed or
+    /// cut, or has colours of another space, is drawn, with alpha; other pictures, and what such an operation
+    /// computed, stay as they are.
+    void recompute();
+
+    /// Leaves alpha away where all of a picture is opaque. For a picture that is plain pixels.
+    void dropNeedlessAlpha();
+
+    /// The layout of plain pixels.
+    Imaging::IMGBitmapFormat layout() const;
+
+    /// Puts a node over plain pixels that computes new ones in the same place.
     template<class Make>
     void recolor(const Make& make) {
-        cut();
         m_node = make(m_node);
     }
 
@@ -60,6 +71,8 @@ private:
     Platform::NSPoint middle() const;
     void cut();
     void adoptTurned(std::shared_ptr<Imaging::IMGImage> node);
+    void adoptBitmap(std::shared_ptr<Platform::NSBitmapImageRep> bitmap);
+    std::shared_ptr<Platform::NSBitmapImageRep> bitmap() const;
 
     std::shared_ptr<Imaging::IMGImage> m_node;
     std::string m_name;

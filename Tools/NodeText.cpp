@@ -2,7 +2,10 @@
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
+#include "Imaging/ColorOperations.h"
+#include "Imaging/Convolution.h"
 #include "Imaging/CropAndScale.h"
+#include "Imaging/Mask.h"
 #include "Imaging/TransformOperations.h"
 #include "Imaging/Transpose.h"
 #include "Platform/Foundation/Exception.h"
@@ -86,6 +89,25 @@ std::string canvasWords(Imaging::IMGCanvas& node) {
     return node.transform().isEqual(NSAffineTransform()) ? size : size + " under " + words(node.transform());
 }
 
+std::string colorWords(Imaging::IMGColorTransformOp& node) {
+    return words(node.redMultiplier()) + "," + words(node.greenMultiplier()) + "," +
+           words(node.blueMultiplier());
+}
+
+std::string hueWords(Imaging::IMGHueAdjustOp& node) { return words(node.angle()) + " radians"; }
+
+std::string gaussianWords(Imaging::IMGGaussianOp& node) { return "radius " + words(node.radius()); }
+
+std::string convolutionWords(Imaging::IMGConvolutionOp& node) {
+    if (dynamic_cast<const Imaging::IMGGaussianOp*>(&node) != nullptr) return {};
+    return node.name() +
+           (node.kernel() != nullptr ? " " + words(node.kernel()->size()) : " without a kernel");
+}
+
+std::string maskWords(Imaging::IMGMaskOp& node) {
+    return node.maskImage() != nullptr ? "by " + node.maskImage()->archiveClassName() : "without a mask";
+}
+
 /// What `describe` says of a node of its class; nothing of others.
 template<class Node, std::string (*describe)(Node&)>
 std::optional<std::string> ifItIs(IMGImage& node) {
@@ -101,6 +123,11 @@ constexpr std::array details = {
     &ifItIs<Imaging::IMGTransposeOp, transposeWords>,
     &ifItIs<Imaging::IMGCropAndScale, cropWords>,
     &ifItIs<Imaging::IMGCanvas, canvasWords>,
+    &ifItIs<Imaging::IMGColorTransformOp, colorWords>,
+    &ifItIs<Imaging::IMGHueAdjustOp, hueWords>,
+    &ifItIs<Imaging::IMGGaussianOp, gaussianWords>,
+    &ifItIs<Imaging::IMGConvolutionOp, convolutionWords>,
+    &ifItIs<Imaging::IMGMaskOp, maskWords>,
 };
 
 } // namespace
@@ -108,7 +135,7 @@ constexpr std::array details = {
 std::string nodeInWords(IMGImage& node) {
     std::string text = node.archiveClassName();
     for (const auto& detail : details) {
-        if (const auto found = detail(node)) text += " " + *found;
+        if (const auto found = detail(node); found.has_value() && !found->empty()) text += " " + *found;
     }
     return escaped(text);
 }

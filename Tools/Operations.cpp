@@ -14,7 +14,7 @@ namespace {
 constexpr const char* group = "Operations, carried out in the order in which they are given";
 
 /// All tables, in the order of the help.
-std::array<const std::vector<Operation>*, 1> tables() { return {&placingOperations()}; }
+std::array<const std::vector<Operation>*, 2> tables() { return {&placingOperations(), &pixelOperations()}; }
 
 } // namespace
 

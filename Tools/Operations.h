@@ -37,6 +37,9 @@ struct Operation {
 /// The table of those that place, cut and scale.
 const std::vector<Operation>& placingOperations();
 
+/// The table of those that compute new pixels.
+const std::vector<Operation>& pixelOperations();
+
 /// The operations of a command line.
 class OperationOptions {
 public:

@@ -102,6 +102,10 @@ bool isFileOrNothing(const std::string& path) {
 
 } // namespace
 
+std::shared_ptr<NSBitmapImageRep> withoutNeedlessAlpha(const NSBitmapImageRep& bitmap) {
+    return isOpaque(bitmap) ? withoutAlpha(bitmap) : nullptr;
+}
+
 std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
 
 void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const std::string& typeName) {
@@ -146,7 +150,7 @@ void PictureOutput::write(const NSBitmapImageRep& bitmap) const {
     Platform::NSImageProperties properties;
     const std::int64_t percent = quality.empty() ? 90 : parseNumber(quality, "--quality", 1, 100);
     properties[std::string(Platform::NSImageCompressionFactor)] = static_cast<double>(percent) / 100.0;
-    const std::shared_ptr<NSBitmapImageRep> opaque = isOpaque(bitmap) ? withoutAlpha(bitmap) : nullptr;
+    const std::shared_ptr<NSBitmapImageRep> opaque = withoutNeedlessAlpha(bitmap);
     const NSBitmapImageRep& written = opaque != nullptr ? *opaque : bitmap;
     NSError error;
     const std::optional<NSData> data =

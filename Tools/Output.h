@@ -4,6 +4,7 @@
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/Color.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,6 +50,10 @@ struct PictureOutput {
     /// Encodes a bitmap and writes it, without alpha where all of it is opaque. Throws a Failure.
     void write(const Platform::NSBitmapImageRep& bitmap) const;
 };
+
+/// The colour of a bitmap of 8-bit red, green, blue and alpha alone; null where not all of it is opaque, or
+/// memory runs out.
+std::shared_ptr<Platform::NSBitmapImageRep> withoutNeedlessAlpha(const Platform::NSBitmapImageRep& bitmap);
 
 /// Throws a UsageError when the path is empty, and a Failure when it cannot be written because its folder is
 /// missing or it is a folder itself; so that long work is not done in vain.
