@@ -90,25 +90,23 @@ struct Columns {
     ColumnMix mix;
 };
 
-std::uint64_t fourTimes(int factor) {
-    return static_cast<std::uint64_t>(factor) * std::uint64_t{0x0001000100010001};
-}
-
 Squares anySquares(Random& random) {
     Squares squares{};
     const auto word = [&random] { return std::uint64_t{random.engine()()}; };
     for (std::size_t i = 0; i < squaresAtOnce; ++i) {
         squares.above[i] = word() << 32 | word();
         squares.below[i] = word() << 32 | word();
-        squares.right[i] = fourTimes(random.sample(32767));
-        squares.down[i] = fourTimes(random.sample(32767));
+        // Of these the upper half is a pixel's number, which does not count here.
+        squares.right[i] = static_cast<std::uint32_t>(word());
+        squares.down[i] = static_cast<std::uint32_t>(word());
     }
     return squares;
 }
 
 double exactSquare(const Squares& squares, std::size_t x, std::size_t i) {
-    const double right = static_cast<double>(squares.right[x] & 0xffff) / one;
-    const double down = static_cast<double>(squares.down[x] & 0xffff) / one;
+    const auto factor = [](std::uint32_t position) { return ((position & 0xffff) >> 1) / double{one}; };
+    const double right = factor(squares.right[x]);
+    const double down = factor(squares.down[x]);
     const auto across = [&](std::uint64_t pair) {
         return sampleOf(static_cast<std::uint32_t>(pair), i) * (1 - right) +
                sampleOf(static_cast<std::uint32_t>(pair >> 32), i) * right;
