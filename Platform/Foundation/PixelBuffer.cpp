@@ -1,5 +1,7 @@
 #include "Platform/Foundation/PixelBuffer.h"
 
+#include "Platform/Foundation/SpareMemory.h"
+
 #include <cstdlib>
 #include <new>
 #include <sys/mman.h>
@@ -26,7 +28,7 @@ void PixelBuffer::Free::operator()(std::uint8_t* bytes) const {
     if (mapped == 0) {
         std::free(bytes);
     } else {
-        munmap(bytes, mapped);
+        giveSpareMemory(bytes, mapped);
     }
 }
 
@@ -56,6 +58,11 @@ PixelBuffer PixelBuffer::zeroed(std::size_t size) {
 }
 
 PixelBuffer PixelBuffer::uninitialised(std::size_t size) {
+    if (size >= mappedFrom && size <= SIZE_MAX / 2) {
+        std::size_t length = (size + (hugePage - 1)) / hugePage * hugePage;
+        // What was freed a moment ago is still there, which fresh pages are not.
+        if (std::uint8_t* const bytes = takeSpareMemory(length)) return {Bytes(bytes, Free{length}), size};
+    }
     if (size >= mappedFrom) return {mapped(size), size};
     return {Bytes(static_cast<std::uint8_t*>(std::malloc(size == 0 ? 1 : size)), Free{0}), size};
 }

@@ -1,6 +1,7 @@
 #include "Platform/Graphics/DrawablePicture.h"
 
 #include "Platform/Foundation/ParallelRows.h"
+#include "Platform/Foundation/SpareMemory.h"
 #include "Platform/Graphics/Image.h"
 
 #include <algorithm>
@@ -163,6 +164,7 @@ NSCachedImageRep::~NSCachedImageRep() = default;
 void releasePictureMemory() {
     const std::lock_guard guard(pictures().lock);
     for (DrawablePicture* const picture : pictures().all) picture->letGo();
+    releaseSpareMemory();
 }
 
 } // namespace Platform

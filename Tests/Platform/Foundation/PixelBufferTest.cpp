@@ -1,10 +1,12 @@
 #include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Foundation/SpareMemory.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 using namespace Platform;
 
@@ -39,6 +41,45 @@ TEST(PixelBuffer, LargeMemoryIsZeroAndCanBeWrittenToItsLastByte) {
         std::copy_n(zeroed.data(), size, any.data());
         EXPECT_EQ(any.data()[size - 1], 7);
     }
+}
+
+TEST(PixelBuffer, FreedMemoryServesTheNextBufferThatNeedsNoZeros) {
+    constexpr std::size_t size = 9U << 20;
+    releaseSpareMemory();
+    const std::uint8_t* freed = nullptr;
+    {
+        PixelBuffer buffer = PixelBuffer::uninitialised(size);
+        std::fill_n(buffer.data(), size, std::uint8_t{7});
+        freed = buffer.data();
+    }
+    const PixelBuffer larger = PixelBuffer::uninitialised(2 * size);
+    EXPECT_NE(larger.data(), freed);
+    PixelBuffer again = PixelBuffer::uninitialised(size - (1U << 20));
+    EXPECT_EQ(again.data(), freed);
+    std::fill_n(again.data(), again.size(), std::uint8_t{9});
+    again = PixelBuffer();
+    const PixelBuffer zeroed = PixelBuffer::zeroed(size);
+    EXPECT_TRUE(std::all_of(zeroed.data(), zeroed.data() + size, [](auto byte) { return byte == 0; }));
+}
+
+TEST(PixelBuffer, NoMoreIsKeptThanItsLimits) {
+    releaseSpareMemory();
+    constexpr std::size_t smallest = std::size_t{8} << 20;
+    std::vector<PixelBuffer> buffers;
+    for (std::size_t i = 0; i < 5; ++i) buffers.push_back(PixelBuffer::uninitialised(smallest << i));
+    while (!buffers.empty()) buffers.erase(buffers.begin());
+    const auto isKept = [](std::size_t size) {
+        std::uint8_t* const bytes = takeSpareMemory(size);
+        if (bytes != nullptr) giveSpareMemory(bytes, size);
+        return bytes != nullptr;
+    };
+    EXPECT_FALSE(isKept(smallest)) << "the first of five";
+    for (std::size_t i = 1; i < 5; ++i) EXPECT_TRUE(isKept(smallest << i)) << i;
+    buffers.push_back(PixelBuffer::uninitialised(smallest << 6));
+    buffers.clear();
+    EXPECT_FALSE(isKept(smallest << 6)) << "512 MiB are too many";
+    releaseSpareMemory();
+    for (std::size_t i = 1; i < 5; ++i) EXPECT_FALSE(isKept(smallest << i)) << "after all was released";
 }
 
 TEST(PixelBuffer, MoreThanThereIsThrows) {
