@@ -2,6 +2,8 @@
 #include "Tests/Tools/TestPictures.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 using namespace TestSupport;
@@ -83,8 +85,12 @@ TEST(InfoCommand, GoesOnAfterAFileThatCannotBeRead) {
     const std::string missing = folder.path("missing.png");
     const Result result = run({"info", missing, good, text});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, testing::StartsWith("imaging: " + missing + ": there is no such file\nimaging: " +
-                                                text + ": the data is not a picture of a known format ("));
+    EXPECT_THAT(result.err,
+                testing::AllOf(testing::StartsWith("imaging: " + missing +
+                                                   ": there is no such file\nimaging: " + text +
+                                                   ": the data is not a picture of a known format (JPEG, "),
+                               testing::EndsWith(", JPEG 2000)\n")));
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 2);
     EXPECT_THAT(result.out, testing::HasSubstr(good + "  PNG     2 x 2   "));
     EXPECT_THAT(result.out, testing::Not(testing::HasSubstr("notes")));
 }

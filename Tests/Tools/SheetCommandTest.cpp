@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include <cstdlib>
 
 using namespace TestSupport;
@@ -174,8 +176,11 @@ TEST(SheetCommand, GoesOnWithoutBadPicturesOnDemand) {
     const Result result = run({"sheet", a, bad, c, "--skip-bad", "--columns", "1", "--cell", "40x40",
                                "--frame", "none", "-o", folder.path("sheet.png")});
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.err, testing::StartsWith("imaging: " + bad +
-                                                ": the data is not a picture of a known format (JPEG, PNG"));
+    EXPECT_THAT(result.err, testing::AllOf(testing::StartsWith(
+                                               "imaging: " + bad +
+                                               ": the data is not a picture of a known format (JPEG, PNG"),
+                                           testing::EndsWith(", JPEG 2000)\n")));
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
     Picture expected(48, 92, gray); // the others close up
     fill(expected, 4, 4, 40, 40, red);
     fill(expected, 4, 48, 40, 40, green);
