@@ -1,5 +1,7 @@
 #include "Imaging/GraphicsContext.h"
 
+#include "Platform/Graphics/Appearance.h"
+
 namespace Imaging {
 
 IMGDrawingTarget::~IMGDrawingTarget() = default;
@@ -8,6 +10,51 @@ GraphicsContext::GraphicsContext() = default;
 
 GraphicsContext::~GraphicsContext() = default;
 
+void GraphicsContext::prepareOnce(Platform::NSView* view) {
+    if (m_prepared) return;
+    prepare(view);
+    m_prepared = true;
+}
+
+void GraphicsContext::prepare(Platform::NSView*) {}
+
+void GraphicsContext::unprepare(Platform::NSView*) {}
+
+void GraphicsContext::reprepare(Platform::NSView*) {}
+
+bool GraphicsContext::canDrawPartial() const { return false; }
+
+void GraphicsContext::beginDrawing(NSRect rect) {
+    m_bounds = rect;
+    m_image_clip_rect = Platform::NSZeroRect;
+}
+
+void GraphicsContext::endDrawing() {}
+
+void GraphicsContext::drawFrameInside(NSRect, bool) {}
+
+void GraphicsContext::drawHintText(const std::string&, NSRect) {}
+
+void GraphicsContext::drawFocusRingInside(NSRect rect) {
+    const NSColor color = Platform::appearance().keyboardFocusIndicator;
+    frameRect(Platform::NSInsetRect(rect, 8, 8), color, 2);
+}
+
+void GraphicsContext::fillRect(NSRect, const NSColor&, int) {}
+
+void GraphicsContext::frameRect(NSRect, const NSColor&, float) {}
+
+void GraphicsContext::fillBezierPath(const NSBezierPath&, const NSColor&) {}
+
+void GraphicsContext::strokeBezierPath(const NSBezierPath&, const NSColor&) {}
+
+void GraphicsContext::drawImage(const std::shared_ptr<IMGImage>&, NSRect, int, float) {}
+
 void GraphicsContext::drawImage(IMGImage&, const TransformAndClipList&, int, float) {}
+
+void GraphicsContext::preloadBitmap(const std::shared_ptr<NSBitmapImageRep>&, float) {}
+
+void GraphicsContext::drawCubeTransition(const std::shared_ptr<IMGImage>&, const std::shared_ptr<IMGImage>&,
+                                         NSRect, const TransformAndClipList&, std::int32_t, float, float) {}
 
 } // namespace Imaging

@@ -36,6 +36,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/PixelBuffer.h
   Platform/Foundation/URL.h
   Platform/Foundation/URLLoading.h
+  Platform/Graphics/Appearance.h
   Platform/Graphics/BezierPath.h
   Platform/Graphics/BitmapImageRep.h
   Platform/Graphics/Color.h

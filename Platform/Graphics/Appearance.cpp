@@ -1,0 +1,31 @@
+#include "Platform/Graphics/Appearance.h"
+
+#include <mutex>
+
+namespace Platform {
+
+namespace {
+
+std::mutex& appearanceLock() {
+    static std::mutex lock;
+    return lock;
+}
+
+Appearance& currentAppearance() {
+    static Appearance current;
+    return current;
+}
+
+} // namespace
+
+Appearance appearance() {
+    const std::lock_guard lock(appearanceLock());
+    return currentAppearance();
+}
+
+void setAppearance(const Appearance& appearance) {
+    const std::lock_guard lock(appearanceLock());
+    currentAppearance() = appearance;
+}
+
+} // namespace Platform
