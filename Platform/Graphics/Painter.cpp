@@ -14,6 +14,30 @@ namespace {
 
 constexpr int atOnce = 512; ///< pixels that stay close at hand between sampling and blending
 
+constexpr std::uint64_t eachByte = 0x0101010101010101;
+constexpr std::ptrdiff_t bytesAtOnce = sizeof(std::uint64_t);
+
+std::uint64_t eightBytes(const std::uint8_t* bytes) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
+/// The first byte that is not `value`.
+const std::uint8_t* endOfRun(const std::uint8_t* first, const std::uint8_t* end, std::uint8_t value) {
+    const std::uint64_t word = value * eachByte;
+    while (end - first >= bytesAtOnce && eightBytes(first) == word) first += bytesAtOnce;
+    while (first != end && *first == value) ++first;
+    return first;
+}
+
+/// Behind the last byte that is not 0.
+const std::uint8_t* startOfLastZeros(const std::uint8_t* first, const std::uint8_t* end) {
+    while (end - first >= bytesAtOnce && eightBytes(end - bytesAtOnce) == 0) end -= bytesAtOnce;
+    while (end != first && end[-1] == 0) --end;
+    return end;
+}
+
 /// Paints the rows of one band.
 class RowPainter {
 public:
@@ -37,9 +61,8 @@ public:
         }
         // What is not covered at the row's ends is not even looked at.
         const std::uint8_t* const end = covers + area.width();
-        const std::uint8_t* first = std::find_if(covers, end, [](std::uint8_t c) { return c != 0; });
-        const std::uint8_t* last = end;
-        while (last != first && last[-1] == 0) --last;
+        const std::uint8_t* first = endOfRun(covers, end, 0);
+        const std::uint8_t* const last = startOfLastZeros(first, end);
         while (first != last) first = paintRun(first, last, area.left + static_cast<int>(first - covers), y);
     }
 
@@ -55,8 +78,7 @@ private:
     /// Paints a run of pixels that are all wholly covered, or a few that are not; returns where it ends.
     const std::uint8_t* paintRun(const std::uint8_t* first, const std::uint8_t* last, int x, int y) {
         const std::uint8_t* const limit = first + std::min<std::ptrdiff_t>(last - first, atOnce);
-        const auto isWhole = [](std::uint8_t c) { return c == 255; };
-        const std::uint8_t* end = std::find_if_not(first, limit, isWhole);
+        const std::uint8_t* end = endOfRun(first, limit, 255);
         const std::uint8_t* covers = nullptr;
         constexpr std::ptrdiff_t worthwhile = 16;
         if (end - first < worthwhile && end != last) {

@@ -135,6 +135,7 @@ std::unique_ptr<RowSampler> makePictureSampler(DrawablePicture& picture, const c
     const PlacedLevel level = placedLevel(picture, inverse, k);
     if (k == 0) {
         if (auto whole = makeWholePixelSampler(level, area)) return whole;
+        if (auto shifted = makeShiftedSampler(level, area)) return shifted;
     }
     return straight ? scaledSampler(level, area) : affineSampler(level);
 }

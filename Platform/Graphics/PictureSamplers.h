@@ -17,6 +17,10 @@ struct PlacedLevel {
 /// pixel, which cannot be seen, counts as none.
 std::unique_ptr<RowSampler> makeWholePixelSampler(const PlacedLevel& level, PixelRect area);
 
+/// For inverses that move the picture, by whatever part of a pixel: null for all others. The same mixes as
+/// the scaled sampler's, at less cost.
+std::unique_ptr<RowSampler> makeShiftedSampler(const PlacedLevel& level, PixelRect area);
+
 /// For inverses without rotation or slant whose steps are at most `maximumScaledStep` pixels.
 constexpr double maximumScaledStep = 16;
 std::unique_ptr<RowSampler> makeScaledSampler(const PlacedLevel& level, PixelRect area);

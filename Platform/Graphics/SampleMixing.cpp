@@ -29,6 +29,11 @@ void squares(const Squares& from, std::size_t count, std::uint32_t* words) {
     mixSquaresPlain(from, count, words);
 }
 
+void shifted(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right, std::int16_t down,
+             std::uint32_t* words, std::size_t count) {
+    mixShiftedPlain(above, below, right, down, words, count);
+}
+
 void halves(const std::uint32_t* above, const std::uint32_t* below, std::uint32_t* words, std::size_t count) {
     halveRowPlain(above, below, words, count);
 }
@@ -100,6 +105,47 @@ void columns(const std::int16_t* samples, const ColumnMix& mix, std::size_t from
         hn::StoreU(rounded(two, sum), bytes, reinterpret_cast<std::uint8_t*>(words + (i - from)));
     }
     mixColumnsPlain(samples, mix, i, end, words + (i - from));
+}
+
+/// A vector of the samples of a row's pixels from `words` on, mixed with the row below.
+template<bool downward>
+Vector between(const std::uint32_t* above, const std::uint32_t* below, Vector down) {
+    const Samples tag;
+    const Vector p = load(tag, above);
+    if constexpr (!downward) return p;
+    return mixed(tag, p, load(tag, below), down);
+}
+
+template<bool sideways, bool downward>
+void shiftedBy(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right, std::int16_t down,
+               std::uint32_t* words, std::size_t count) {
+    const Samples tag;
+    const hn::Repartition<std::uint8_t, Samples> bytes;
+    const Vector x = hn::Set(tag, right);
+    const Vector y = hn::Set(tag, down);
+    const std::size_t half = hn::Lanes(tag) / 4;
+    const auto pixels = [&](std::size_t i) HWY_ATTR {
+        const Vector p = between<downward>(above + i, below + i, y);
+        if constexpr (!sideways) return rounded(tag, p);
+        return rounded(tag, mixed(tag, p, between<downward>(above + i + 1, below + i + 1, y), x));
+    };
+    std::size_t i = 0;
+    for (; i + 2 * half <= count; i += 2 * half) {
+        hn::StoreU(hn::Combine(bytes, pixels(i + half), pixels(i)), bytes,
+                   reinterpret_cast<std::uint8_t*>(words + i));
+    }
+    mixShiftedPlain(above + i, below + i, right, down, words + i, count - i);
+}
+
+void shifted(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right, std::int16_t down,
+             std::uint32_t* words, std::size_t count) {
+    if (right != 0 && down != 0) {
+        shiftedBy<true, true>(above, below, right, down, words, count);
+    } else if (right != 0) {
+        shiftedBy<true, false>(above, above, right, down, words, count);
+    } else {
+        shiftedBy<false, true>(above, down != 0 ? below : above, right, down, words, count);
+    }
 }
 
 /// The factors of positions, each for the four samples of its pixel.
@@ -203,6 +249,7 @@ namespace {
 HWY_EXPORT(rows);
 HWY_EXPORT(columns);
 HWY_EXPORT(squares);
+HWY_EXPORT(shifted);
 HWY_EXPORT(halves);
 
 int scaledBy(int difference, std::int16_t factor) { return (difference * factor + 16384) >> 15; }
@@ -229,6 +276,11 @@ void mixColumns(const std::int16_t* samples, const ColumnMix& mix, std::size_t f
 
 void mixSquares(const Squares& from, std::size_t count, std::uint32_t* words) {
     HWY_DYNAMIC_DISPATCH(squares)(from, count, words);
+}
+
+void mixShifted(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right, std::int16_t down,
+                std::uint32_t* words, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(shifted)(above, below, right, down, words, count);
 }
 
 void halveRow(const std::uint32_t* above, const std::uint32_t* below, std::uint32_t* words,
@@ -276,6 +328,22 @@ void mixSquaresPlain(const Squares& from, std::size_t count, std::uint32_t* word
         std::uint32_t word = 0;
         for (std::size_t i = 0; i < 4; ++i) {
             word |= roundedSample(mixOf(across(from.above[x], i), across(from.below[x], i), down), i);
+        }
+        words[x] = word;
+    }
+}
+
+void mixShiftedPlain(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right,
+                     std::int16_t down, std::uint32_t* words, std::size_t count) {
+    const auto between = [&](std::size_t x, std::size_t i) {
+        const int p = sampleOf(above[x], i);
+        return down != 0 ? mixOf(p, sampleOf(below[x], i), down) : p;
+    };
+    for (std::size_t x = 0; x < count; ++x) {
+        std::uint32_t word = 0;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const int p = between(x, i);
+            word |= roundedSample(right != 0 ? mixOf(p, between(x + 1, i), right) : p, i);
         }
         words[x] = word;
     }

@@ -38,6 +38,15 @@ void mixColumns(const std::int16_t* samples, const ColumnMix& mix, std::size_t f
 void mixColumnsPlain(const std::int16_t* samples, const ColumnMix& mix, std::size_t from, std::size_t end,
                      std::uint32_t* words);
 
+/// Pixels that all lie between their neighbours by the same factors: of `above` and `below`, each `count` + 1
+/// words, the mix of neighbouring columns of the mix of both rows, rounded to nearest. The same bits as
+/// `mixRows` and then `mixColumns` give. A factor of 0 leaves out what it would not count: the row below, or
+/// the word behind the last one, which then are not read.
+void mixShifted(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right, std::int16_t down,
+                std::uint32_t* words, std::size_t count);
+void mixShiftedPlain(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right,
+                     std::int16_t down, std::uint32_t* words, std::size_t count);
+
 /// The pixels that surround points: above left and above right in `above[i]` (the left one in the lower
 /// half), below in `below[i]`, and how far each point lies to the right and below, in steps of 1/65536, of
 /// which the lower 16 bits count and the last one does not.

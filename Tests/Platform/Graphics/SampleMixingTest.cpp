@@ -188,6 +188,49 @@ TEST(SampleMixing, ColumnsAreSumsOfProductsThatAreRoundedToNearest) {
     }
 }
 
+TEST(SampleMixing, ShiftedPixelsHaveThePlainCodesBitsOnEveryKindOfVector) {
+    Random random(330);
+    onEveryVectorTarget([&random](const std::string& name) {
+        for (std::size_t count = 0; count <= longest; ++count) {
+            const std::vector<std::uint32_t> upper = anyWords(random, count + 9);
+            const std::vector<std::uint32_t> lower = anyWords(random, count + 9);
+            const std::uint32_t* const above = upper.data() + random.integer(0, 7);
+            const std::uint32_t* const below = lower.data() + random.integer(0, 7);
+            const auto right = static_cast<std::int16_t>(count % 3 == 0 ? 0 : random.sample(32767));
+            const auto down = static_cast<std::int16_t>(count % 5 == 0 ? 0 : random.sample(32767));
+            GuardedWords vector(longest + 8);
+            GuardedWords plain = vector;
+            const auto at = static_cast<std::size_t>(random.integer(0, 7));
+            mixShifted(above, below, right, down, vector.from(at), count);
+            mixShiftedPlain(above, below, right, down, plain.from(at), count);
+            ASSERT_EQ(vector, plain) << name << ", " << count << " pixels by " << right << ", " << down;
+        }
+    });
+}
+
+TEST(SampleMixing, ShiftedPixelsAreMixesOfRowsAndThenOfColumns) {
+    Random random(331);
+    constexpr std::size_t count = 97;
+    for (int round = 0; round < 200; ++round) {
+        const std::vector<std::uint32_t> above = anyWords(random, count + 1);
+        const std::vector<std::uint32_t> below = anyWords(random, count + 1);
+        const auto right = static_cast<std::int16_t>(random.sample(32767));
+        const auto down = static_cast<std::int16_t>(random.sample(32767));
+        const std::array<const std::uint32_t*, 2> rows{above.data(), below.data()};
+        const std::array<std::int16_t, 2> rowFactors{0, down};
+        std::vector<std::int16_t> samples((count + 1) * 4);
+        mixRowsPlain(rows.data(), rowFactors.data(), 2, samples.data(), count + 1);
+        std::vector<std::int32_t> first(count);
+        for (std::size_t i = 0; i < count; ++i) first[i] = static_cast<std::int32_t>(i);
+        const std::vector<std::int16_t> factors(count * 4, right);
+        std::vector<std::uint32_t> expected(count);
+        mixColumnsPlain(samples.data(), {first.data(), factors.data(), 2, count}, 0, count, expected.data());
+        std::vector<std::uint32_t> words(count);
+        mixShifted(above.data(), below.data(), right, down, words.data(), count);
+        ASSERT_EQ(words, expected) << right << ", " << down;
+    }
+}
+
 TEST(SampleMixing, SquaresHaveThePlainCodesBitsOnEveryKindOfVector) {
     Random random(325);
     onEveryVectorTarget([&random](const std::string& name) {
