@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <limits>
 
 namespace Platform {
 
@@ -54,8 +55,9 @@ public:
         const PixelRect area = m_coverage.area();
         const std::uint8_t* const covers = m_coverage.row(y);
         if (covers == nullptr) {
-            for (int x = area.left; x < area.right; x += atOnce) {
-                paintPixels(x, y, std::min(atOnce, area.right - x), nullptr);
+            const int most = mostAtOnce();
+            for (int x = area.left; x < area.right; x += std::min(most, area.right - x)) {
+                paintPixels(x, y, std::min(most, area.right - x), nullptr);
             }
             return;
         }
@@ -75,9 +77,12 @@ private:
                (blend.operation == NSCompositeSourceOver || blend.operation == NSCompositeHighlight);
     }
 
+    /// Pixels that are only put in their place need none close at hand.
+    int mostAtOnce() const { return m_replaces ? std::numeric_limits<int>::max() : atOnce; }
+
     /// Paints a run of pixels that are all wholly covered, or a few that are not; returns where it ends.
     const std::uint8_t* paintRun(const std::uint8_t* first, const std::uint8_t* last, int x, int y) {
-        const std::uint8_t* const limit = first + std::min<std::ptrdiff_t>(last - first, atOnce);
+        const std::uint8_t* const limit = first + std::min<std::ptrdiff_t>(last - first, mostAtOnce());
         const std::uint8_t* end = endOfRun(first, limit, 255);
         const std::uint8_t* covers = nullptr;
         constexpr std::ptrdiff_t worthwhile = 16;
