@@ -5,6 +5,7 @@
 #include "Imaging/ColorOperations.h"
 #include "Imaging/Convolution.h"
 #include "Imaging/CropAndScale.h"
+#include "Imaging/Generators.h"
 #include "Imaging/Image.h"
 #include "Imaging/Kernel.h"
 #include "Imaging/Mask.h"
@@ -29,6 +30,9 @@ void registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGCropAndScale> crop("IMGCropAndScale");
     const Platform::NSArchivableClass<IMGCanvas> canvas("IMGCanvas");
     const Platform::NSArchivableClass<IMGCompositeOp> composite("IMGCompositeOp");
+    const Platform::NSArchivableClass<IMGNullGenerator> null("IMGNullGenerator");
+    const Platform::NSArchivableClass<IMGConstantImageGenerator> constant("IMGConstantImageGenerator");
+    const Platform::NSArchivableClass<IMGSimpleFrameGenerator> frame("IMGSimpleFrameGenerator");
 }
 
 } // namespace Imaging

@@ -15,9 +15,9 @@ using Platform::NSRect;
 /// The frame of an empty or selected picture: nine pictures "box_topleft", "box_top", … "box_bottomright"
 /// from the library's resources, the corners in their own size, the edges and the middle stretched between
 /// them. They are read on first use and kept for the life of the process. The middle's size is what the
-/// bottom-left and the top-right corner leave, and the right edge is as wide as the left piece. In a rectangle
-/// smaller than the corners the sizes between them are negative, and there is nothing there to draw. Throws
-/// an NSException that names the file when a picture cannot be read.
+/// bottom-left and the top-right corner leave, and the right edge is as wide as the left piece. In a
+/// rectangle smaller than the corners the sizes between them are negative, and there is nothing there to
+/// draw. Throws an NSException that names the file when a picture cannot be read.
 IMAGING_EXPORT void DrawFrameInside(NSRect rect);
 
 /// A line of width 2 in the colour of the keyboard focus, 8 inside the rectangle.

@@ -10,6 +10,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Convolution.h
   Imaging/CropAndScale.h
   Imaging/DrawingTarget.h
+  Imaging/Generators.h
   Imaging/Geometry.h
   Imaging/GraphicsContext.h
   Imaging/Image.h
@@ -18,8 +19,10 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Mask.h
   Imaging/Matrix4.h
   Imaging/PixelOperation.h
+  Imaging/PolygonClipping.h
   Imaging/TransformOperations.h
   Imaging/Transpose.h
+  Platform/Clipper/PolygonClipper.h
   Platform/Codecs/Codec.h
   Platform/Foundation/AffineTransform.h
   Platform/Foundation/AssertionHandler.h
