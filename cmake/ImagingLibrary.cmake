@@ -21,6 +21,9 @@ foreach(header IN LISTS IMAGING_PUBLIC_HEADERS)
   install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/imaging/${folder}")
 endforeach()
 
+file(GLOB resources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/Resources/*.png")
+install(FILES ${resources} DESTINATION "${CMAKE_INSTALL_DATADIR}/Imaging/Resources")
+
 set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Imaging")
 install(EXPORT ImagingTargets NAMESPACE Imaging:: DESTINATION "${package_folder}")
 configure_package_config_file(cmake/ImagingConfig.cmake.in ImagingConfig.cmake

@@ -6,6 +6,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Bounds.h
   Imaging/CachedImage.h
   Imaging/Canvas.h
+  Imaging/CocoaGraphicsContext.h
   Imaging/ColorOperations.h
   Imaging/Convolution.h
   Imaging/CropAndScale.h
@@ -13,6 +14,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Generators.h
   Imaging/Geometry.h
   Imaging/GraphicsContext.h
+  Imaging/GraphicsUtilities.h
   Imaging/Image.h
   Imaging/Imaging.h
   Imaging/Kernel.h
@@ -37,6 +39,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/Log.h
   Platform/Foundation/MainThread.h
   Platform/Foundation/PixelBuffer.h
+  Platform/Foundation/Resources.h
   Platform/Foundation/URL.h
   Platform/Foundation/URLLoading.h
   Platform/Graphics/Appearance.h
@@ -46,4 +49,5 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Graphics/CoreGraphics.h
   Platform/Graphics/GraphicsContext.h
   Platform/Graphics/Image.h
+  Platform/Graphics/Text.h
 )

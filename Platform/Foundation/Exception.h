@@ -17,6 +17,7 @@ inline constexpr std::string_view NSInvalidUnarchiveOperationException =
     "NSInvalidUnarchiveOperationException";
 inline constexpr std::string_view NSImageCacheException = "NSImageCacheException";
 inline constexpr std::string_view NSGraphicsException = "NSGraphicsException";
+inline constexpr std::string_view NSResourceException = "NSResourceException";
 
 /// What the library throws: a name to tell the kinds apart by, and a reason in words for people.
 class IMAGING_EXPORT NSException : public std::exception {

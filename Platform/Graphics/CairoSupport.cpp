@@ -45,6 +45,13 @@ void setFillRule(cairo_t* context, NSWindingRule rule) {
                         rule == NSWindingRule::EvenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
 }
 
+// Cairo clamps components to its range, but not what is not a number.
+void setSource(cairo_t* context, const NSColor& color) {
+    const auto number = [](float component) { return std::isnan(component) ? 0.0 : double{component}; };
+    cairo_set_source_rgba(context, number(color.redComponent()), number(color.greenComponent()),
+                          number(color.blueComponent()), number(color.alphaComponent()));
+}
+
 CairoContext measuringContext() {
     const CairoSurface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
     return CairoContext(cairo_create(surface.get()));

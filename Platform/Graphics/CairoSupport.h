@@ -4,6 +4,7 @@
 
 #include "Platform/Foundation/AffineTransform.h"
 #include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/Color.h"
 #include "Platform/Graphics/PixelImage.h"
 
 #include <cairo.h>
@@ -50,6 +51,9 @@ void appendStrokePath(cairo_t* context, const NSBezierPath& path);
 NSBezierPath clipPath(NSRect rect);
 
 void setFillRule(cairo_t* context, NSWindingRule rule);
+
+/// Makes a colour the context's source. Components that are not numbers count as 0.
+void setSource(cairo_t* context, const NSColor& color);
 
 /// A context without pixels, for measuring paths.
 CairoContext measuringContext();

@@ -1,6 +1,7 @@
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Graphics/Appearance.h"
 #include "Platform/Graphics/CairoSupport.h"
 #include "Platform/Graphics/Compositing.h"
 #include "Platform/Graphics/Painter.h"
@@ -27,13 +28,6 @@ bool isFinite(const NSBezierPath& path) {
         }
     }
     return true;
-}
-
-/// Cairo clamps components to its range, but not what is not a number.
-void setSource(cairo_t* cairo, const NSColor& color) {
-    const auto number = [](float component) { return std::isnan(component) ? 0.0 : double{component}; };
-    cairo_set_source_rgba(cairo, number(color.redComponent()), number(color.greenComponent()),
-                          number(color.blueComponent()), number(color.alphaComponent()));
 }
 
 /// The colour as pixels hold it: components clamped, not-a-number counting as 0, each product with alpha
@@ -182,6 +176,12 @@ void NSRectFill(NSRect rect) { NSRectFillUsingOperation(rect, NSCompositeCopy); 
 
 void NSRectFillUsingOperation(NSRect rect, int operation) {
     if (const auto context = NSGraphicsContext::currentContext()) context->fillRect(rect, operation);
+}
+
+void NSDrawWindowBackground(NSRect rect) {
+    const NSGraphicsStateScope state;
+    appearance().windowBackground.set();
+    NSRectFill(rect);
 }
 
 void NSFrameRectWithWidth(NSRect rect, float width) {

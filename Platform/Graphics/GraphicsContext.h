@@ -136,6 +136,9 @@ private:
 IMAGING_EXPORT void NSRectFill(NSRect rect);
 IMAGING_EXPORT void NSRectFillUsingOperation(NSRect rect, int operation);
 
+/// Fills with the appearance's window background and the copy operation. The current colour stays.
+IMAGING_EXPORT void NSDrawWindowBackground(NSRect rect);
+
 /// Draws a frame of a width, inwards from the rectangle's edges, with the current colour and the copy
 /// operation. Where twice the width is more than a side the whole rectangle is filled.
 IMAGING_EXPORT void NSFrameRectWithWidth(NSRect rect, float width);

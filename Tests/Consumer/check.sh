@@ -15,14 +15,19 @@ cp -r "$source" "$work/consumer"
 cmake -G Ninja -S "$work/consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" > "$work/log" 2>&1 ||
     { cat "$work/log" >&2; exit 1; }
 cmake --build "$work/build" > "$work/log" 2>&1 || { cat "$work/log" >&2; exit 1; }
-"$work/build/consumer"
+"$work/build/consumer" "$work/prefix/"
 
 libraries="$(dirname "$(find "$work/prefix" -name imaging.pc)")"
 export PKG_CONFIG_PATH="$libraries" LD_LIBRARY_PATH="$(dirname "$libraries")"
 flags="$(pkg-config --define-variable=prefix="$work/prefix" --cflags --libs imaging)"
 # shellcheck disable=SC2086
 g++ -std=c++20 "$source/consumer.cpp" $flags -o "$work/by-pkg-config"
-"$work/by-pkg-config"
+"$work/by-pkg-config" "$work/prefix/"
+
+# An installation that was moved finds its resources where it is now.
+mv "$work/prefix" "$work/moved"
+LD_LIBRARY_PATH="${LD_LIBRARY_PATH/"$work/prefix"/"$work/moved"}" "$work/by-pkg-config" "$work/moved/"
+mv "$work/moved" "$work/prefix"
 
 "$work/prefix/bin/imaging" --version
 

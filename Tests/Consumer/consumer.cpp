@@ -1,13 +1,37 @@
-// Draws a node into a picture and checks a pixel, with the installed library and headers alone.
+// Draws a node into a picture and checks a pixel, and sees that the library finds its resources in the folder
+// that is given, with the installed library and headers alone.
 
 #include <Imaging/Imaging.h>
+#include <Platform/Foundation/Exception.h>
+#include <Platform/Foundation/Resources.h>
 #include <Platform/Graphics/GraphicsContext.h>
 
 #include <cstdio>
+#include <string>
 
 using namespace Platform;
 
-int main() {
+namespace {
+
+/// Whether a frame can be drawn, and its pictures come from below the folder.
+bool findsResourcesIn(const std::string& folder) {
+    try {
+        const std::string path = pathForImageResource("box_topleft");
+        std::printf("resources in %s\n", path.c_str());
+        NSImage tile(NSMakeSize(40, 40));
+        const NSImageFocus focus(tile);
+        Imaging::DrawFrameInside(NSMakeRect(5, 5, 30, 30));
+        return path.compare(0, folder.size(), folder) == 0;
+    } catch (const NSException& exception) {
+        std::printf("%s\n", exception.what());
+        return false;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2 || !findsResourcesIn(argv[1])) return 1;
     const auto tile = std::make_shared<NSImage>(NSMakeSize(2, 2));
     {
         const NSImageFocus focus(*tile);

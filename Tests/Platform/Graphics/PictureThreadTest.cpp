@@ -15,9 +15,13 @@ using namespace Platform;
 using namespace Pixels;
 
 /// ThreadSanitizer asks for what it is not to report. Cairo hands small objects from thread to thread by
-/// atomic operations of its own, which it does not see in a library that was built without it.
+/// atomic operations of its own, and the libraries below text lock by system calls of their own, which it
+/// does not see in libraries that were built without it.
 extern "C" const char* __tsan_default_suppressions(); // NOLINT(bugprone-reserved-identifier): its own name
-extern "C" const char* __tsan_default_suppressions() { return "race:libcairo.so\n"; }
+extern "C" const char* __tsan_default_suppressions() {
+    return "race:libcairo.so\nrace:libglib-2.0.so\nrace:libgobject-2.0.so\nrace:libpango\n"
+           "race:libfontconfig.so\nrace:libharfbuzz.so\nrace:libfreetype.so\n";
+}
 
 namespace {
 
