@@ -10,6 +10,7 @@
 #include "Imaging/Kernel.h"
 #include "Imaging/Mask.h"
 #include "Imaging/TransformOperations.h"
+#include "Imaging/Transitions.h"
 #include "Imaging/Transpose.h"
 
 namespace Imaging {
@@ -33,6 +34,9 @@ void registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGNullGenerator> null("IMGNullGenerator");
     const Platform::NSArchivableClass<IMGConstantImageGenerator> constant("IMGConstantImageGenerator");
     const Platform::NSArchivableClass<IMGSimpleFrameGenerator> frame("IMGSimpleFrameGenerator");
+    const Platform::NSArchivableClass<IMGDissolveTransitionOp> dissolve("IMGDissolveTransitionOp");
+    const Platform::NSArchivableClass<IMGSpinTransitionOp> spin("IMGSpinTransitionOp");
+    const Platform::NSArchivableClass<IMGCubeTransitionOp> cube("IMGCubeTransitionOp");
 }
 
 } // namespace Imaging

@@ -2,6 +2,7 @@
 
 /// Everything that the library offers in one header.
 
+#include "Imaging/ApertureTransitions.h"
 #include "Imaging/Bezier.h"
 #include "Imaging/BitmapFormats.h"
 #include "Imaging/Bounds.h"
@@ -11,6 +12,7 @@
 #include "Imaging/ColorOperations.h"
 #include "Imaging/Convolution.h"
 #include "Imaging/CropAndScale.h"
+#include "Imaging/DirectionalTransitions.h"
 #include "Imaging/DrawingTarget.h"
 #include "Imaging/Generators.h"
 #include "Imaging/Geometry.h"
@@ -23,4 +25,5 @@
 #include "Imaging/PixelOperation.h"
 #include "Imaging/PolygonClipping.h"
 #include "Imaging/TransformOperations.h"
+#include "Imaging/Transitions.h"
 #include "Imaging/Transpose.h"

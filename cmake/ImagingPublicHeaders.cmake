@@ -1,6 +1,7 @@
 # The headers that users of the library include: they are installed, and a test compiles each alone.
 
 set(IMAGING_PUBLIC_HEADERS
+  Imaging/ApertureTransitions.h
   Imaging/Bezier.h
   Imaging/BitmapFormats.h
   Imaging/Bounds.h
@@ -10,6 +11,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/ColorOperations.h
   Imaging/Convolution.h
   Imaging/CropAndScale.h
+  Imaging/DirectionalTransitions.h
   Imaging/DrawingTarget.h
   Imaging/Generators.h
   Imaging/Geometry.h
@@ -23,6 +25,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/PixelOperation.h
   Imaging/PolygonClipping.h
   Imaging/TransformOperations.h
+  Imaging/Transitions.h
   Imaging/Transpose.h
   Platform/Clipper/PolygonClipper.h
   Platform/Codecs/Codec.h
