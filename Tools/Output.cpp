@@ -31,9 +31,12 @@ constexpr OutputFormat tiff = {Platform::NSTIFFFileType, true, false};
 constexpr OutputFormat jpeg2000 = {Platform::NSJPEG2000FileType, true, true};
 constexpr OutputFormat gif = {Platform::NSGIFFileType, true, false};
 constexpr OutputFormat bmp = {Platform::NSBMPFileType, true, false};
-constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg},   Suffix{"png", png},
-                                 Suffix{"tif", tiff}, Suffix{"tiff", tiff},   Suffix{"gif", gif},
-                                 Suffix{"bmp", bmp},  Suffix{"jp2", jpeg2000}};
+constexpr OutputFormat pdf = {0, true, false, PageFormat::PDF};
+constexpr OutputFormat svg = {0, true, false, PageFormat::SVG};
+constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg},    Suffix{"png", png},
+                                 Suffix{"tif", tiff}, Suffix{"tiff", tiff},    Suffix{"gif", gif},
+                                 Suffix{"bmp", bmp},  Suffix{"jp2", jpeg2000}, Suffix{"pdf", pdf},
+                                 Suffix{"svg", svg}};
 
 std::optional<OutputFormat> formatNamed(std::string word) {
     for (char& c : word) {
@@ -45,25 +48,38 @@ std::optional<OutputFormat> formatNamed(std::string word) {
     return std::nullopt;
 }
 
-std::vector<std::string> formatWords(const std::string& prefix) {
+std::vector<std::string> formatWords(const std::string& prefix, bool withPages) {
     std::vector<std::string> words;
-    for (const Suffix& suffix : suffixes) words.push_back(prefix + std::string(suffix.word));
+    for (const Suffix& suffix : suffixes) {
+        if (withPages || suffix.format.page == PageFormat::None)
+            words.push_back(prefix + std::string(suffix.word));
+    }
     return words;
 }
 
+/// The format that was asked for by `option`, if the subcommand writes it.
+OutputFormat permitted(const OutputFormat& format, const std::string& option, bool withPages) {
+    if (withPages || format.page == PageFormat::None) return format;
+    throw UsageError(option + ": only 'imaging draw' writes PDF and SVG; write a picture such as .png here");
+}
+
 OutputFormat formatOf(const PictureOutput& output) {
+    const bool pages = output.takesPages;
     if (!output.format.empty()) {
-        if (const auto format = formatNamed(output.format)) return *format;
+        if (const auto format = formatNamed(output.format))
+            return permitted(*format, "--format " + output.format, pages);
         throw UsageError("--format: '" + output.format + "' cannot be written; known are " +
-                         enumeration(formatWords("")) + suggestion(output.format, formatWords("")));
+                         enumeration(formatWords("", pages)) +
+                         suggestion(output.format, formatWords("", pages)));
     }
     if (output.path == "-")
         throw UsageError("-o -: standard output has no suffix to tell the format by; add --format");
     const std::string suffix = std::filesystem::path(output.path).extension().string();
-    if (const auto format = suffix.empty() ? std::nullopt : formatNamed(suffix.substr(1))) return *format;
+    if (const auto format = suffix.empty() ? std::nullopt : formatNamed(suffix.substr(1)))
+        return permitted(*format, "-o " + output.path, pages);
     throw UsageError("-o " + output.path +
                      ": the suffix names no format that can be written; those that work are " +
-                     enumeration(formatWords(".")) + ", or add --format");
+                     enumeration(formatWords(".", pages)) + ", or add --format");
 }
 
 bool isOpaque(const NSBitmapImageRep& bitmap) {
@@ -111,7 +127,9 @@ std::string shownPath(const std::string& path) { return path == "-" ? "standard 
 void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const std::string& typeName) {
     app.add_option("-o,--output", path, "The " + what + " to write; its suffix names the format")
         ->type_name(typeName);
-    app.add_option("--format", format, "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says")
+    app.add_option("--format", format,
+                   takesPages ? "jpg, png, tiff, gif, bmp, jp2, pdf or svg, whatever\nthe suffix says"
+                              : "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says")
         ->type_name("FORMAT");
 }
 

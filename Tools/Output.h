@@ -16,11 +16,15 @@ class App;
 /// Where results go: a file, or "-" for standard output.
 namespace Tool {
 
+/// Files of one page of vectors.
+enum class PageFormat { None, PDF, SVG };
+
 /// A format that pictures can be written in.
 struct OutputFormat {
-    int fileType = 0; ///< Platform::NSBitmapImageFileType
+    int fileType = 0; ///< Platform::NSBitmapImageFileType, where it is no page
     bool hasAlpha = true;
     bool hasQuality = false;
+    PageFormat page = PageFormat::None;
 };
 
 /// The arguments that say where a picture goes and how, the same for every subcommand that draws one.
@@ -30,6 +34,8 @@ struct PictureOutput {
     std::string quality;    ///< empty: 90
     std::string background; ///< empty: transparent, or white where there is no alpha
     bool asStored = false;  ///< drawn without regard to the way up that pictures declare
+    bool takesPages =
+        false; ///< whether the subcommand writes PDF and SVG too; to be set before anything else
 
     /// Adds -o and --format to a parser that outlives this object; `what` is "picture" or the like.
     void declareWhere(CLI::App& app, const std::string& what, const std::string& typeName);

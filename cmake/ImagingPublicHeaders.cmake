@@ -8,6 +8,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/CachedImage.h
   Imaging/Canvas.h
   Imaging/CocoaGraphicsContext.h
+  Imaging/ColorFunction.h
   Imaging/ColorOperations.h
   Imaging/Convolution.h
   Imaging/CropAndScale.h
@@ -22,6 +23,7 @@ set(IMAGING_PUBLIC_HEADERS
   Imaging/Kernel.h
   Imaging/Mask.h
   Imaging/Matrix4.h
+  Imaging/PathShapes.h
   Imaging/PixelOperation.h
   Imaging/PolygonClipping.h
   Imaging/TransformOperations.h

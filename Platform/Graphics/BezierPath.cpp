@@ -78,6 +78,13 @@ NSBezierPath NSBezierPath::bezierPathWithOvalInRect(NSRect rect) {
     return path;
 }
 
+void NSBezierPath::strokeLine(NSPoint from, NSPoint to) {
+    NSBezierPath line;
+    line.moveToPoint(from);
+    line.lineToPoint(to);
+    line.stroke();
+}
+
 void NSBezierPath::moveToPoint(NSPoint point) {
     m_subpath_start = point;
     m_elements.push_back({NSBezierPathElement::MoveTo, {point}});

@@ -29,6 +29,9 @@ public:
     /// right-most point. Their distance from the true ellipse stays below 0.03 % of its radius.
     static NSBezierPath bezierPathWithOvalInRect(NSRect rect);
 
+    /// Strokes a line of width 1 with butt ends at once, with the current context's colour.
+    static void strokeLine(NSPoint from, NSPoint to);
+
     void moveToPoint(NSPoint point);
 
     /// These three need a current point and throw an NSException (NSGenericException) without one.

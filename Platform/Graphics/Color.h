@@ -40,6 +40,11 @@ public:
     /// The same colour with another alpha in place of its own.
     NSColor colorWithAlphaComponent(float alpha) const;
 
+    /// This colour with a fraction of another mixed in: (1 − fraction) · own + fraction · other for each of
+    /// the four components, alpha like the rest and colours not premultiplied. In double, rounded once. The
+    /// fraction is not clamped; one outside 0…1 continues the line through both colours.
+    NSColor blendedColorWithFraction(float fraction, const NSColor& color) const;
+
     bool isEqual(const NSColor& other) const;
 
     /// Makes this the fill and stroke colour of the current graphics context; nothing happens without one.

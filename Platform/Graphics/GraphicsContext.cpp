@@ -132,8 +132,17 @@ void NSGraphicsContext::fillShape(const NSBezierPath& path, int operation) {
     cairo_new_path(m_cairo);
     appendPath(m_cairo, path);
     setFillRule(m_cairo, path.windingRule());
+    const std::optional<PixelTarget> target = PixelTarget::ofContext(m_cairo);
+    if (!target.has_value() && operation == NSCompositeSourceOver) {
+        // A path stays one on pages then. As a clip it would lose the even-odd rule in Cairo's SVGs.
+        setSource(m_cairo, m_state.color);
+        cairo_fill(m_cairo);
+        m_has_painted = true;
+        checkStatus(m_cairo);
+        return;
+    }
     cairo_clip(m_cairo);
-    if (const std::optional<PixelTarget> target = PixelTarget::ofContext(m_cairo)) {
+    if (target.has_value()) {
         const auto sampler = makeColorSampler(premultipliedWord(m_state.color));
         paint(*target, ClipCoverage(m_cairo, *target), *sampler, operation, 1.0);
     } else {

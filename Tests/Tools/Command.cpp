@@ -50,7 +50,7 @@ struct Pipe {
         ::prctl(PR_CAPBSET_DROP, overrideReadPermissions);
     }
     ::alarm(patience); // goes on counting in the program
-    ::execve(IMAGING_COMMAND, arguments, environment);
+    ::execvpe(s.program.empty() ? IMAGING_COMMAND : s.program.c_str(), arguments, environment);
     _exit(127);
 }
 

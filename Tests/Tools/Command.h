@@ -16,6 +16,7 @@ namespace TestSupport {
 
 /// What the process finds when it begins.
 struct Surroundings {
+    std::string program{};          ///< another one than the built command, by its path or its name
     std::string input{};            ///< on standard input, which is a pipe; up to 64 KiB
     std::string folder{};           ///< the current folder{}; empty for that of the test
     std::string outputPath{};       ///< standard output is this file, opened for writing, instead of a pipe

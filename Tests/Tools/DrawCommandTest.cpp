@@ -358,3 +358,100 @@ TEST(DrawCommand, NumbersDoNotDependOnTheLocale) {
     EXPECT_EQ(result.status, 0) << result.err;
     expectSame(pictureOfPNG(folder.read("out.png")), Picture(8, 4, red));
 }
+
+TEST(DrawCommand, DrawsAFrameOverThePicturesEdges) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(12, 8, red)));
+    Picture expected(12, 8, blue);
+    for (int y = 2; y < 6; ++y) {
+        for (int x = 2; x < 10; ++x) expected.at(x, y) = red;
+    }
+    expectSame(drawn(folder, {in, "--frame", "2,blue"}), expected);
+    // Contained: around the picture, not around the background.
+    Picture contained(20, 8, white);
+    for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 12; ++x) contained.at(x + 4, y) = expected.at(x, y);
+    }
+    expectSame(drawn(folder, {in, "--size", "20x8", "--background", "white", "--frame", "2,#00f"}),
+               contained);
+}
+
+TEST(DrawCommand, AFramesAlphaCountsAndIsEvenAllAround) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(10, 10, red)));
+    const Picture result = drawn(folder, {in, "--frame", "3,#00ff0080"});
+    for (int y = 0; y < 10; ++y) {
+        for (int x = 0; x < 10; ++x) {
+            const bool inside = x >= 3 && x < 7 && y >= 3 && y < 7;
+            EXPECT_TRUE(isNear(result.at(x, y), inside ? red : Pixel{127, 128, 0, 255}, 1)) << x << ", " << y;
+        }
+    }
+    const std::string nothing = folder.write("nothing.png", pngOf(Picture(10, 10, clear), true));
+    EXPECT_EQ(drawn(folder, {nothing, "--frame", "1,#00ff0080"}).at(0, 5), (Pixel{0, 255, 0, 128}));
+}
+
+TEST(DrawCommand, AFrameOfAPictureThatIsCutIsAlongTheCut) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(40, 10, red)));
+    Picture expected(10, 10, green);
+    for (int y = 1; y < 9; ++y) {
+        for (int x = 1; x < 9; ++x) expected.at(x, y) = red;
+    }
+    expectSame(drawn(folder, {in, "--size", "10x10", "--fit", "cover", "--frame", "1,lime"}), expected);
+}
+
+TEST(DrawCommand, AFrameWiderThanHalfThePictureFillsIt) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(12, 8, red)));
+    for (const char* frame : {"4,blue", "5,blue", "7,blue", "1000,blue"}) {
+        expectSame(drawn(folder, {in, "--frame", frame}), Picture(12, 8, blue));
+    }
+}
+
+TEST(DrawCommand, WritesAHintIntoTheMiddleOfThePicture) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(200, 60, black)));
+    const Picture result = drawn(folder, {in, "--size", "300x90", "--fit", "contain", "--hint", "HOH"});
+    int left = 300;
+    int right = 0;
+    int top = 90;
+    int bottom = 0;
+    int brightest = 0;
+    for (int y = 0; y < 90; ++y) {
+        for (int x = 0; x < 300; ++x) {
+            const Pixel& pixel = result.at(x, y);
+            EXPECT_EQ(pixel.red, pixel.blue);
+            brightest = std::max<int>(brightest, pixel.red);
+            if (pixel.red < 40) continue;
+            left = std::min(left, x);
+            right = std::max(right, x);
+            top = std::min(top, y);
+            bottom = std::max(bottom, y);
+        }
+    }
+    EXPECT_NEAR(brightest, 170, 1) << "light gray";
+    EXPECT_NEAR((left + right) / 2.0, 149.5, 2);
+    // Capitals stand a little above the middle of what a line takes, and are about 0.7 of 18 high.
+    EXPECT_NEAR((top + bottom) / 2.0, 44.5, 4);
+    EXPECT_NEAR(bottom - top + 1, 13, 2);
+    EXPECT_GT(right - left, 30);
+}
+
+TEST(DrawCommand, RefusesFramesThatAreNone) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(2, 2, red)));
+    const std::vector<std::pair<std::string, std::string>> wrong = {
+        {"3", "--frame: '3' has no colour; give both, as in 12,white or 4,#00000080"},
+        {"wide,red", "--frame: 'wide' is no width in pixels; give 12 or 2.5"},
+        {",red", "--frame: '' is no width in pixels; give 12 or 2.5"},
+        {"0,red", "--frame: the width has to be more than 0"},
+        {"-1,red", "--frame: the width has to be more than 0"},
+        {"2,rde", "--frame: "},
+        {"2,", "--frame: "}};
+    for (const auto& [frame, message] : wrong) {
+        const Result result = run({"draw", in, "-o", folder.path("out.png"), "--frame", frame});
+        EXPECT_EQ(result.status, 2) << frame;
+        EXPECT_THAT(result.err, testing::StartsWith("imaging: draw: " + message)) << frame;
+    }
+    EXPECT_EQ(folder.count(), 1);
+}

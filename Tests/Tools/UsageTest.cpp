@@ -114,20 +114,19 @@ TEST(CommandUsage, RefusesOutputsOfUnknownFormat) {
     expectWrongUsage(
         {"draw", "a.png", "-o", "b.webp"},
         "imaging: draw: -o b.webp: the suffix names no format that can be written; those that work are "
-        ".jpg, .jpeg, .png, .tif, .tiff, .gif, .bmp and .jp2, or add --format" +
+        ".jpg, .jpeg, .png, .tif, .tiff, .gif, .bmp, .jp2, .pdf and .svg, or add --format" +
             hint);
     expectWrongUsage(
         {"draw", "a.png", "-o", "b"},
         "imaging: draw: -o b: the suffix names no format that can be written; those that work are "
-        ".jpg, .jpeg, .png, .tif, .tiff, .gif, .bmp and .jp2, or add --format" +
+        ".jpg, .jpeg, .png, .tif, .tiff, .gif, .bmp, .jp2, .pdf and .svg, or add --format" +
             hint);
     expectWrongUsage(
         {"draw", "a.png", "-o", "-"},
         "imaging: draw: -o -: standard output has no suffix to tell the format by; add --format" + hint);
     expectWrongUsage({"draw", "a.png", "-o", "-", "--format", "jgp"},
                      "imaging: draw: --format: 'jgp' cannot be written; known are jpg, jpeg, png, tif, tiff, "
-                     "gif, bmp and jp2; did "
-                     "you mean 'jpg'?" +
+                     "gif, bmp, jp2, pdf and svg; did you mean 'jpg'?" +
                          hint);
 }
 

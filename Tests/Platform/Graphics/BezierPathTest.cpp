@@ -373,3 +373,12 @@ TEST(BezierPath, DrawsNothingWithoutAContext) {
     EXPECT_EQ(bitmap->pixelAt(2, 6)[3], 0);
     EXPECT_EQ(bitmap->pixelAt(7, 0)[3], 255);
 }
+
+TEST(BezierPath, StrokesALineOfWidthOneAtOnce) {
+    Canvas canvas(10, 6);
+    NSColor::whiteColor().set();
+    NSBezierPath::strokeLine({2, 2.5F}, {7, 2.5F});
+    Grid expected(10, 6);
+    for (int x = 2; x < 7; ++x) expected.at(x, 3) = white;
+    EXPECT_TRUE(areAlike(canvas.pixels(), expected));
+}

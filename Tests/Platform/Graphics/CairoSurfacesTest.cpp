@@ -276,3 +276,25 @@ TEST(CairoSurfaces, TheContextKeepsTheCallersAlive) {
     context->fillRect(NSMakeRect(0, 0, 4, 4), NSCompositeCopy);
     EXPECT_TRUE(areAlike(gridOf(surface.get()), Grid(4, 4, red)));
 }
+
+TEST(CairoSurfaces, FilledPathsStayPathsOnAPageAndKeepTheirHoles) {
+    std::string svg;
+    {
+        const CairoSurface surface(cairo_svg_surface_create_for_stream(keepBytes, &svg, 40, 40));
+        const CairoContext cairo(cairo_create(surface.get()));
+        const CurrentScope current(cairo.get(), 40);
+        NSBezierPath frame;
+        for (const float inset : {0.0F, 4.0F}) { // both counter-clockwise
+            frame.moveToPoint({20, 2 + inset});
+            frame.lineToPoint({38 - inset, 20});
+            frame.lineToPoint({20, 38 - inset});
+            frame.lineToPoint({2 + inset, 20});
+            frame.closePath();
+        }
+        frame.setWindingRule(NSWindingRule::EvenOdd);
+        NSColor::colorWithCalibratedRed(1, 0, 0, 1).set();
+        frame.fill();
+    }
+    EXPECT_NE(svg.find("fill-rule:evenodd"), std::string::npos) << svg;
+    EXPECT_EQ(svg.find("clip"), std::string::npos) << svg;
+}

@@ -49,6 +49,37 @@ TEST(Color, AnotherAlphaReplacesItsOwn) {
     expectComponents(color, 0.1F, 0.2F, 0.3F, 0.4F);
 }
 
+TEST(Color, MixesAFractionOfAnotherColourIntoIt) {
+    const NSColor color = NSColor::colorWithCalibratedRed(0, 1, 0.5F, 0.25F);
+    const NSColor other = NSColor::colorWithCalibratedRed(1, 0, 0.75F, 0.75F);
+    expectComponents(color.blendedColorWithFraction(0.25F, other), 0.25F, 0.75F, 0.5625F, 0.375F);
+    expectComponents(other.blendedColorWithFraction(0.25F, color), 0.75F, 0.25F, 0.6875F, 0.625F);
+    expectComponents(color, 0, 1, 0.5F, 0.25F);
+}
+
+TEST(Color, MixesNothingAndAllOfAnotherColourExactly) {
+    const NSColor color = NSColor::colorWithCalibratedRed(0.1F, 0.2F, 0.3F, 0.4F);
+    const NSColor other = NSColor::colorWithCalibratedRed(0.9F, 0.7F, 0.6F, 0.8F);
+    EXPECT_TRUE(color.blendedColorWithFraction(0, other).isEqual(color));
+    EXPECT_TRUE(color.blendedColorWithFraction(1, other).isEqual(other));
+}
+
+TEST(Color, MixesInDoubleAndRoundsOnce) {
+    // (1 - 2^-24) · (1 + 2^-23) + 2^-24 = 1 + 2^-23 - 2^-47; in floats the product would already be 1, and
+    // the sum too.
+    const float above = std::nextafter(1.0F, 2.0F);
+    const NSColor mixed = NSColor::colorWithCalibratedWhite(above, 1).blendedColorWithFraction(
+        std::ldexp(1.0F, -24), NSColor::whiteColor());
+    EXPECT_EQ(mixed.redComponent(), above);
+}
+
+TEST(Color, FractionsBeyondTheRangeContinueTheLine) {
+    const NSColor color = NSColor::colorWithCalibratedWhite(0.5F, 1);
+    const NSColor other = NSColor::colorWithCalibratedWhite(1, 0);
+    expectComponents(color.blendedColorWithFraction(2, other), 1.5F, 1.5F, 1.5F, -1);
+    expectComponents(color.blendedColorWithFraction(-1, other), 0, 0, 0, 2);
+}
+
 TEST(Color, IsEqualWhenEveryComponentIs) {
     const NSColor color = NSColor::colorWithCalibratedRed(0.1F, 0.2F, 0.3F, 0.4F);
     EXPECT_TRUE(color.isEqual(NSColor::colorWithDeviceRed(0.1F, 0.2F, 0.3F, 0.4F)));
