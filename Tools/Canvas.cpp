@@ -67,18 +67,24 @@ Drawing::Drawing(std::shared_ptr<IMGImage> node, const std::string& name, Uprigh
 
 PixelSize Drawing::completed(PixelSize asked) const { return completedSize(asked, m_size); }
 
-NSRect Drawing::placed(NSRect place, Fit fit) const {
+NSRect Drawing::placed(NSRect place, Fit fit) const { return placedIn(place, m_size, fit); }
+
+void Drawing::drawInRect(NSRect rect) const {
+    m_node->drawInRect(rect, Platform::NSCompositeSourceOver, 1.0F, false, nullptr);
+}
+
+NSRect placedIn(NSRect place, PixelSize picture, Fit fit) {
     if (fit == Fit::Stretch) return place;
     const auto width = static_cast<std::int64_t>(place.size.width);
     const auto height = static_cast<std::int64_t>(place.size.height);
     // Compared without division: the side on which the picture meets the place.
-    const bool isWider = m_size.width * height > width * m_size.height;
+    const bool isWider = picture.width * height > width * picture.height;
     const bool meetsSides = isWider == (fit == Fit::Contain);
     PixelSize size = {width, height};
     if (meetsSides) {
-        size.height = inProportion(width, m_size.height, m_size.width);
+        size.height = inProportion(width, picture.height, picture.width);
     } else {
-        size.width = inProportion(height, m_size.width, m_size.height);
+        size.width = inProportion(height, picture.width, picture.height);
     }
     // Halves are rounded down, also below zero, where the picture reaches beyond the place.
     const auto offset = [](std::int64_t room) {
@@ -88,10 +94,6 @@ NSRect Drawing::placed(NSRect place, Fit fit) const {
     return NSMakeRect(place.origin.x + offset(width - size.width),
                       place.origin.y + offset(height - size.height), static_cast<float>(size.width),
                       static_cast<float>(size.height));
-}
-
-void Drawing::drawInRect(NSRect rect) const {
-    m_node->drawInRect(rect, Platform::NSCompositeSourceOver, 1.0F, false, nullptr);
 }
 
 std::shared_ptr<NSBitmapImageRep> drawnOnCanvas(PixelSize size, const std::string& name,

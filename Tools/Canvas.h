@@ -27,8 +27,7 @@ public:
     /// both are missing.
     PixelSize completed(PixelSize asked) const;
 
-    /// Where the drawing goes on a place of whole pixels: kept in shape, in whole pixels and in the middle,
-    /// or for Stretch the place itself. With Cover it reaches beyond the place.
+    /// Where the drawing goes on a place of whole pixels; see `placedIn`.
     Platform::NSRect placed(Platform::NSRect place, Fit fit) const;
 
     /// Draws all of it into the rectangle of the calling thread's current context.
@@ -53,6 +52,10 @@ std::int64_t inProportion(std::int64_t a, std::int64_t b, std::int64_t c);
 /// A size with a missing side filled in from a shape, rounded, at least 1; the shape itself when both are
 /// missing.
 PixelSize completedSize(PixelSize asked, PixelSize shape);
+
+/// Where a picture of a size goes on a place of whole pixels: kept in shape, in whole pixels and in the
+/// middle, or for Stretch the place itself. With Cover it reaches beyond the place.
+Platform::NSRect placedIn(Platform::NSRect place, PixelSize picture, Fit fit);
 
 /// Draws on a new transparent canvas, one point a pixel, and gives the part of it that is `shown` in whole
 /// pixels. Throws a Failure for `name`, with `advice` at its end, when the size is beyond the limits.

@@ -5,7 +5,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <array>
 
 namespace Tool {
 
@@ -13,15 +12,18 @@ namespace {
 
 constexpr const char* group = "Operations, carried out in the order in which they are given";
 
-/// All tables, in the order of the help.
-std::array<const std::vector<Operation>*, 2> tables() { return {&placingOperations(), &pixelOperations()}; }
-
 } // namespace
 
-void OperationOptions::declare(CLI::App& app) {
-    for (const std::vector<Operation>* table : tables()) {
-        for (const Operation& operation : *table) declare(app, operation);
+std::vector<const Operation*> allOperations() {
+    std::vector<const Operation*> all;
+    for (const std::vector<Operation>* table : {&placingOperations(), &pixelOperations()}) {
+        for (const Operation& operation : *table) all.push_back(&operation);
     }
+    return all;
+}
+
+void OperationOptions::declare(CLI::App& app) {
+    for (const Operation* operation : allOperations()) declare(app, *operation);
 }
 
 void OperationOptions::declare(CLI::App& app, const Operation& operation) {

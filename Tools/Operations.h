@@ -32,6 +32,8 @@ struct Operation {
     std::string modifier = {};
     std::string modifierTypeName = {};
     std::string modifierHelp = {};
+
+    bool valueIsFile = false; ///< the value names a file
 };
 
 /// The table of those that place, cut and scale.
@@ -39,6 +41,9 @@ const std::vector<Operation>& placingOperations();
 
 /// The table of those that compute new pixels.
 const std::vector<Operation>& pixelOperations();
+
+/// All operations of all tables, in the order of the help.
+std::vector<const Operation*> allOperations();
 
 /// The operations of a command line.
 class OperationOptions {

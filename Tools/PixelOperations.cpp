@@ -163,16 +163,26 @@ const std::vector<Operation>& pixelOperations() {
          "pixels",
          blur},
         {"--sharpen", "", "Raise each pixel against its neighbours", sharpen},
-        {"--kernel", "FILE",
+        {"--kernel",
+         "FILE",
          "Convolve it with the whole numbers of a text file, a\n"
          "line for each row, divided by their sum. A single\n"
          "line works along both axes",
-         kernel},
-        {"--mask", "FILE",
+         kernel,
+         {},
+         {},
+         {},
+         true},
+        {"--mask",
+         "FILE",
          "Multiply it, which must have alpha, by the gray of a\n"
          "picture of the same size: white keeps it, black\n"
          "makes it transparent",
-         mask},
+         mask,
+         {},
+         {},
+         {},
+         true},
     };
     return operations;
 }

@@ -55,6 +55,10 @@ const std::vector<std::string>& Subcommand::operands(const std::string& what) co
     return m_operands;
 }
 
+void Subcommand::refuseOperands() const {
+    if (!m_operands.empty()) throw UsageError("'" + m_operands[0] + "' is too many: this takes no input");
+}
+
 const std::string& Subcommand::onlyOperand(const std::string& what) const {
     const std::vector<std::string>& all = operands(what);
     if (all.size() > 1) throw UsageError("'" + all[1] + "' is one too many: this takes one input only");

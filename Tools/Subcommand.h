@@ -50,6 +50,9 @@ protected:
     /// The arguments that are no options, at least one. `what` names them: "a picture file or URL".
     const std::vector<std::string>& operands(const std::string& what) const;
 
+    /// Throws when there is an operand.
+    void refuseOperands() const;
+
     /// The only operand. Throws when there are several.
     const std::string& onlyOperand(const std::string& what) const;
 
@@ -68,5 +71,7 @@ std::unique_ptr<Subcommand> makeApplyCommand();
 std::unique_ptr<Subcommand> makeGraphCommand();
 std::unique_ptr<Subcommand> makeArchiveCommand();
 std::unique_ptr<Subcommand> makeSheetCommand();
+std::unique_ptr<Subcommand> makeTransitionCommand();
+std::unique_ptr<Subcommand> makeTransitionsCommand();
 
 } // namespace Tool

@@ -24,31 +24,35 @@ TEST(CommandUsage, HelpGoesToStandardOutputAndEndsInExamples) {
     const Result result = run({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
-    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet"})
+    for (const char* subcommand :
+         {"info", "draw", "apply", "graph", "archive", "sheet", "transition", "transitions"})
         EXPECT_THAT(result.out, HasSubstr(subcommand));
     EXPECT_THAT(result.out, EndsWith("  imaging draw --help\n"));
 }
 
 TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
-    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet"}) {
+    for (const std::string subcommand :
+         {"info", "draw", "apply", "graph", "archive", "sheet", "transition", "transitions"}) {
         const Result result = run({subcommand, "--help"});
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "");
-        EXPECT_THAT(result.out,
-                    HasSubstr(std::string("Usage: imaging ") + subcommand + " [OPTION...] INPUT"));
+        const std::string operands = subcommand == "transition"    ? " FROM TO"
+                                     : subcommand == "transitions" ? "\n"
+                                                                   : " INPUT";
+        EXPECT_THAT(result.out, HasSubstr("Usage: imaging " + subcommand + " [OPTION...]" + operands));
         EXPECT_THAT(result.out, HasSubstr("--timeout SECONDS"));
         EXPECT_THAT(result.out, HasSubstr("Exit status:\n  0  done\n  1  "));
         const std::size_t examples = result.out.find("\nExamples:\n");
         ASSERT_NE(examples, std::string::npos);
-        EXPECT_THAT(result.out.substr(examples + 11),
-                    StartsWith(std::string("  imaging ") + subcommand + " "));
+        EXPECT_THAT(result.out.substr(examples + 11), StartsWith("  imaging " + subcommand));
         EXPECT_EQ(result.out.substr(examples + 11).find("\n\n"), std::string::npos) << "examples come last";
         EXPECT_EQ(run({subcommand, "-h"}).out, result.out);
     }
 }
 
 TEST(CommandUsage, HelpFitsIntoEightyColumns) {
-    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet"}) {
+    for (const char* subcommand :
+         {"info", "draw", "apply", "graph", "archive", "sheet", "transition", "transitions"}) {
         std::istringstream help(run({subcommand, "--help"}).out);
         for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80U) << line;
     }
@@ -62,8 +66,8 @@ TEST(CommandUsage, VersionIsOneLine) {
 }
 
 TEST(CommandUsage, NamesTheSubcommandThatWasMeant) {
-    expectWrongUsage({}, "imaging: a subcommand is missing; known are info, draw, apply, graph, archive "
-                         "and sheet "
+    expectWrongUsage({}, "imaging: a subcommand is missing; known are info, draw, apply, graph, archive, "
+                         "sheet, transition and transitions "
                          "(see 'imaging --help')");
     expectWrongUsage({"drwa", "a.png"},
                      "imaging: there is no subcommand 'drwa'; did you mean 'draw'? (see 'imaging --help')");

@@ -23,7 +23,7 @@ namespace Tool {
 struct ShowTransition {
     Transition transition;
     double duration = 1; ///< seconds; 0 is a cut
-    Easing easing = Easing::Linear;
+    Easing easing = Easing::InOut;
 };
 
 struct ShowPicture {
@@ -52,7 +52,8 @@ struct FrameContent {
     float weight = 0;     ///< of the transition, eased; above 0 and below 1
 };
 
-/// Which frame shows what.
+/// Which frame shows what. A film of one picture has no transition, also in a loop. A picture that stands
+/// still for no frame is only seen in the transitions around it, never whole.
 class Schedule {
 public:
     /// A run of frames that all show one picture standing still, or one transition.
@@ -73,6 +74,7 @@ public:
 
     /// In a transition of n frames the weight of frame k (0 to n - 1) is eased((k + 1) / (n + 1)): the still
     /// frames around it are its ends.
+    /// `frame` is below `frameCount`.
     FrameContent at(std::uint64_t frame) const;
 
 private:

@@ -8,12 +8,14 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// The transitions as people know them: names and parameters for the library's classes.
 namespace Tool {
 
-/// A parameter of a kind of transition: one of a few words, a colour or a number in a range.
+/// A parameter of a kind of transition: one of a few words, a colour or a number in a range. The words of a
+/// direction say which way people see things move, whatever the numbers mean to the class behind the kind.
 struct TransitionParameter {
     enum class Type { Word, Color, Number };
 
@@ -26,9 +28,9 @@ struct TransitionParameter {
     double high = 0;
 };
 
-/// Values for the parameters of a kind, in its order.
+/// The value of a parameter, of which the field of the parameter's type counts.
 struct TransitionValue {
-    std::int32_t word = 0;
+    std::int32_t word = 0; ///< the number that the word stands for
     Platform::NSColor color;
     float number = 0;
     std::string text; ///< as people write it
@@ -43,7 +45,9 @@ struct TransitionKind {
     /// Whether drawing it needs OpenGL, so that it is left out where all are meant.
     bool needsOpenGL = false;
 
-    /// The node for a weight from 0 to 1 in a frame of a size.
+    /// The node for a weight from 0 to 1 in a frame of a size, to be drawn on black: some transitions add to
+    /// what is there. Kinds that move something through the frame take the nearest weight at which it stands
+    /// on whole pixels.
     std::function<std::shared_ptr<Imaging::IMGImage>(
         const std::shared_ptr<Imaging::IMGImage>& from, const std::shared_ptr<Imaging::IMGImage>& to,
         Platform::NSSize size, const std::vector<TransitionValue>& values, float weight)>
@@ -52,6 +56,9 @@ struct TransitionKind {
 
 /// The table, in the order in which films go through it.
 const std::vector<TransitionKind>& transitionKinds();
+
+/// Why a kind cannot be drawn, as what follows its name in a message; empty for those that can.
+std::string whyNotDrawn(const TransitionKind& kind);
 
 /// A kind with values for all of its parameters.
 struct Transition {
@@ -66,11 +73,24 @@ struct Transition {
     std::string text() const;
 };
 
+/// A parameter's name and value, as people write them.
+using TransitionSettings = std::vector<std::pair<std::string, std::string>>;
+
+/// A kind by its name, with defaults for the parameters that are left out. Throws a UsageError that begins
+/// with `option` and lists what is known, also for a kind that cannot be drawn and for a parameter that is
+/// given twice.
+Transition makeTransition(const std::string& name, const TransitionSettings& settings,
+                          const std::string& option);
+
+/// "NAME:PARAMETER=VALUE…" taken apart. Throws like `makeTransition`, but looks nothing up.
+std::pair<std::string, TransitionSettings> splitTransition(std::string_view text, const std::string& option);
+
 /// "NAME[:PARAMETER=VALUE…]", with defaults for what is left out. Throws a UsageError that begins with
 /// `option` and lists what is known.
 Transition parseTransition(std::string_view text, const std::string& option);
 
-/// Every combination of a kind's words, other parameters at their defaults: "push" in four directions.
+/// Every combination of a kind's words, other parameters at their defaults: "push" in four directions. The
+/// first one has the defaults of the words too.
 std::vector<Transition> variantsOf(const TransitionKind& kind);
 
 /// Which transition comes next: a list that is gone through over and over, all kinds, or a random one.
@@ -85,8 +105,11 @@ public:
     Transition at(std::size_t index) const;
 
 private:
+    std::size_t randomPlace(std::size_t index) const;
+    std::size_t firstPlaceOfBlock(std::size_t block) const;
+
     std::vector<std::vector<Transition>> m_rounds; ///< per place of a round, the variants to take in turn
-    std::vector<Transition> m_random;              ///< empty unless chosen at random
+    bool m_random = false;                         ///< places and variants are chosen at random
     std::uint64_t m_seed;
 };
 

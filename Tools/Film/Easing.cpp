@@ -1,0 +1,46 @@
+#include "Tools/Film/Easing.h"
+
+#include "Tools/Values.h"
+
+#include <utility>
+#include <vector>
+
+namespace Tool {
+
+namespace {
+
+const std::vector<std::pair<std::string, Easing>>& easingWords() {
+    static const std::vector<std::pair<std::string, Easing>> words = {
+        {"linear", Easing::Linear}, {"in", Easing::In}, {"out", Easing::Out}, {"in-out", Easing::InOut}};
+    return words;
+}
+
+double cubed(double number) { return number * number * number; }
+
+} // namespace
+
+double eased(Easing easing, double time) {
+    switch (easing) {
+    case Easing::In:
+        return cubed(time);
+    case Easing::Out:
+        return 1 - cubed(1 - time);
+    case Easing::InOut:
+        return time < 0.5 ? 4 * cubed(time) : 1 - 4 * cubed(1 - time);
+    default:
+        return time;
+    }
+}
+
+Easing parseEasing(const std::string& text, const std::string& option) {
+    return parseWord(text, option, "easing", easingWords());
+}
+
+std::string textOf(Easing easing) {
+    for (const auto& [word, meaning] : easingWords()) {
+        if (meaning == easing) return word;
+    }
+    return {};
+}
+
+} // namespace Tool

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Tools/Film/Show.h"
+#include "Tools/Film/ShowSettings.h"
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace Tool {
+
+/// The options that say what a film shows, whatever becomes of it.
+class ShowOptions {
+public:
+    ShowOptions() = default;
+    ShowOptions(const ShowOptions&) = delete;
+    ShowOptions& operator=(const ShowOptions&) = delete;
+
+    /// Adds them to a parser that this object outlives while it parses.
+    void declare(CLI::App& app);
+
+    /// What was given. Throws a UsageError; reads no files.
+    ShowSettings settings() const;
+
+    /// The film of the inputs: pictures and folders of them, which are sorted as people count unless they are
+    /// to keep their order, or one show file, whose settings give way to those of the options. Files that are
+    /// one of the outputs are left out. "-" stands for a show file on standard input. Pictures are not read,
+    /// but folders and show files are. Throws a UsageError, and a Failure that names the input.
+    Show show(const std::vector<std::string>& inputs, const std::vector<std::string>& outputs) const;
+
+private:
+    std::vector<ShowEntry> pictures(const std::vector<std::string>& inputs,
+                                    const std::vector<std::string>& outputs) const;
+
+    std::string m_size;
+    std::string m_rate;
+    std::string m_hold;
+    std::string m_transition;
+    std::string m_duration;
+    std::string m_easing;
+    std::string m_background;
+    std::string m_fit;
+    std::string m_seed;
+    bool m_loop = false;
+    bool m_as_stored = false;
+    bool m_keep_order = false;
+};
+
+} // namespace Tool
