@@ -91,7 +91,7 @@ CommandLine::CommandLine() {
     m_app.require_subcommand(0, 1);
     for (auto* make :
          {&makeInfoCommand, &makeDrawCommand, &makeApplyCommand, &makeGraphCommand, &makeArchiveCommand,
-          &makeSheetCommand, &makeTransitionCommand, &makeTransitionsCommand})
+          &makeSheetCommand, &makeShowCommand, &makeTransitionCommand, &makeTransitionsCommand})
         add(make());
     m_app.footer(std::string(exitStatusHelp) + R"(
 
@@ -101,6 +101,7 @@ Examples:
   imaging apply photo.jpg --turn right --scale 1024 -o right.jpg
   imaging archive front.png back.png -o layers.graph
   imaging sheet Pictures -o sheet.png
+  imaging show Pictures -o film.mp4
   imaging transition a.jpg b.jpg --kind slide -o slide.png
   imaging draw --help)");
 }

@@ -1,9 +1,9 @@
 #include "Tools/Progress.h"
 
 #include "Tools/Messages.h"
+#include "Tools/Threads.h"
 
 #include <cmath>
-#include <csignal>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -14,13 +14,14 @@ namespace {
 constexpr std::chrono::milliseconds delay{1000};
 constexpr std::chrono::milliseconds interval{500};
 
+} // namespace
+
 std::size_t terminalColumns() {
     winsize size{};
     const bool known = ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return known ? size.ws_col : 80;
 }
 
-/// The beginning of a UTF-8 text, at most so many characters long.
 std::string cutTo(const std::string& text, std::size_t characters) {
     std::size_t seen = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -36,20 +37,6 @@ std::string timeLeft(double seconds) {
     if (whole < 3600) return "about " + std::to_string((whole + 59) / 60) + " min left";
     return "about " + std::to_string((whole + 1800) / 3600) + " h left";
 }
-
-/// Starts a thread that gets no signals, so that handlers run on the main thread, which they belong to.
-template<class Work>
-std::thread threadWithoutSignals(const Work& work) {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    std::thread thread(work);
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    return thread;
-}
-
-} // namespace
 
 Progress::Progress(std::size_t count, bool quiet) : m_count(count) {
     if (quiet || ::isatty(STDERR_FILENO) == 0) return;

@@ -9,6 +9,15 @@
 
 namespace Tool {
 
+/// The columns of the terminal on standard error, or 80.
+std::size_t terminalColumns();
+
+/// The beginning of a UTF-8 text, at most so many characters long.
+std::string cutTo(const std::string& text, std::size_t characters);
+
+/// "about 5 s left"
+std::string timeLeft(double seconds);
+
 /// How far a long piece of work has come: a line with count, name and time left on standard error, where that
 /// is a terminal, from the second second on. The line is gone when the object goes.
 class Progress {

@@ -71,6 +71,7 @@ std::unique_ptr<Subcommand> makeApplyCommand();
 std::unique_ptr<Subcommand> makeGraphCommand();
 std::unique_ptr<Subcommand> makeArchiveCommand();
 std::unique_ptr<Subcommand> makeSheetCommand();
+std::unique_ptr<Subcommand> makeShowCommand();
 std::unique_ptr<Subcommand> makeTransitionCommand();
 std::unique_ptr<Subcommand> makeTransitionsCommand();
 

@@ -98,6 +98,13 @@ public:
 
     virtual DecodedPicture decode(ByteView bytes, const PictureLimits& limits) const = 0;
 
+    /// Throws what `decode` would throw for these bytes, and reads all of them, at less cost where the format
+    /// allows it. Here it decodes and lets go of the picture.
+    virtual void check(ByteView bytes, const PictureLimits& limits) const;
+
+    /// Whether `check` does without the memory of a decoded picture.
+    virtual bool checksWithoutPixels() const { return false; }
+
     /// The encoded picture, with resolution and profile where the format has a place for them, and with
     /// orientation 1. A picture without a profile (or with one for other samples) is written as sRGB, gray
     /// with the curve of sRGB: with such a profile, or in the format's own words where it has them. Formats

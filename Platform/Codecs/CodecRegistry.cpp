@@ -73,6 +73,8 @@ CodecException::CodecException(NSErrorCode code, std::string_view reason)
 
 Codec::~Codec() = default;
 
+void Codec::check(ByteView bytes, const PictureLimits& limits) const { decode(bytes, limits); }
+
 PictureLimits pictureLimits() {
     Registry& all = registry();
     const std::lock_guard guard(all.lock);

@@ -34,6 +34,16 @@ PixelBuffer allocated(std::uint64_t size, Allocate allocate) {
 
 /// Everything but the pixels.
 DecodedPicture checkedPicture(PictureHeader header, const PictureLimits& limits, std::uint64_t workingBytes) {
+    DecodedPicture picture;
+    picture.bytesPerRow = checkLimitsWithWorkingBytes(header, limits, workingBytes);
+    picture.header = std::move(header);
+    return picture;
+}
+
+} // namespace
+
+std::size_t checkLimitsWithWorkingBytes(const PictureHeader& header, const PictureLimits& limits,
+                                        std::uint64_t workingBytes) {
     const std::size_t bytesPerRow = checkPictureLimits(header, limits);
     const std::uint64_t size = std::uint64_t{bytesPerRow} * header.height; // checked just now
     const bool counts = workingBytes > uncountedWorkingBytes;
@@ -44,13 +54,8 @@ DecodedPicture checkedPicture(PictureHeader header, const PictureLimits& limits,
                                                         std::to_string(size) + ", more than the limit of " +
                                                         std::to_string(limits.maximumBytes) + " bytes");
     }
-    DecodedPicture picture;
-    picture.bytesPerRow = bytesPerRow;
-    picture.header = std::move(header);
-    return picture;
+    return bytesPerRow;
 }
-
-} // namespace
 
 PixelBuffer allocateWorkingBytes(std::uint64_t size) { return allocated(size, PixelBuffer::zeroed); }
 

@@ -25,6 +25,11 @@ std::shared_ptr<const Codec> makeJxlCodec();
 /// this size on; smaller ones are not worth refusing a picture for.
 inline constexpr std::uint64_t uncountedWorkingBytes = 16ULL << 20;
 
+/// Throws as checkPictureLimits does, and where the picture and `workingBytes`, what the format's library
+/// takes beside it, are together beyond the limit of bytes. Otherwise returns the bytes of one row.
+std::size_t checkLimitsWithWorkingBytes(const PictureHeader& header, const PictureLimits& limits,
+                                        std::uint64_t workingBytes);
+
 /// A picture with room for its pixels, all 0: some libraries take damaged data for whole and leave pixels
 /// out, which must not show what was in memory before. `workingBytes` estimates the memory that the format's
 /// library takes while it decodes. Throws a CodecException, before anything is allocated, as

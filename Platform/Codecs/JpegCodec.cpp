@@ -133,6 +133,7 @@ public:
 
     PictureHeader readHeader();
     DecodedPicture decode(const PictureLimits& limits);
+    void check(const PictureLimits& limits);
 
 private:
     template<class Steps>
@@ -148,6 +149,7 @@ private:
     std::uint64_t workingBytes() const;
     void prepareDecoding();
     void readRows(DecodedPicture& picture, std::uint8_t* inks);
+    void passRows(std::uint8_t* row);
 
     ByteView m_bytes;
     jpeg_decompress_struct m_info{};
@@ -269,6 +271,26 @@ DecodedPicture JpegReader::decode(const PictureLimits& limits) {
     std::uint8_t* const inkRow = inks.data();
     run([this, &picture, inkRow] { readRows(picture, inkRow); });
     return picture;
+}
+
+/// Decodes an eighth of the size and no more colour than the file has: all of the encoded data is read, and
+/// next to nothing is computed from it.
+void JpegReader::passRows(std::uint8_t* row) {
+    m_info.scale_num = 1;
+    m_info.scale_denom = DCTSIZE;
+    m_info.do_fancy_upsampling = FALSE;
+    m_info.out_color_space = m_info.jpeg_color_space == JCS_YCbCr ? JCS_GRAYSCALE : m_info.jpeg_color_space;
+    jpeg_start_decompress(&m_info);
+    while (m_info.output_scanline < m_info.output_height) jpeg_read_scanlines(&m_info, &row, 1);
+    jpeg_finish_decompress(&m_info);
+}
+
+void JpegReader::check(const PictureLimits& limits) {
+    const PictureHeader header = readHeader();
+    checkLimitsWithWorkingBytes(header, limits, workingBytes());
+    PixelBuffer row = allocateWorkingBytes(std::uint64_t{header.width} * MAX_COMPONENTS);
+    std::uint8_t* const bytes = row.data();
+    run([this, bytes] { passRows(bytes); });
 }
 
 /// Where the library puts what it has encoded: into a vector that grows as needed.
@@ -440,6 +462,12 @@ public:
     DecodedPicture decode(ByteView bytes, const PictureLimits& limits) const override {
         return JpegReader(bytes).decode(limits);
     }
+
+    void check(ByteView bytes, const PictureLimits& limits) const override {
+        JpegReader(bytes).check(limits);
+    }
+
+    bool checksWithoutPixels() const override { return true; }
 
     NSData encode(const PictureView& picture, const EncodeOptions& options) const override {
         checkFitsJpeg(picture);

@@ -30,4 +30,8 @@ dataWithContentsOfFile(const std::string& path, std::uint64_t maximumBytes, NSEr
 /// that names a device or pipe (such as /dev/stdout) is written in place.
 IMAGING_EXPORT bool writeToFileAtomically(ByteView data, const std::string& path, NSError* error = nullptr);
 
+/// What a number of the system (errno) after a failed write says in the words of `writeToFileAtomically`:
+/// "the disk is full".
+IMAGING_EXPORT std::string writeErrorInWords(int number);
+
 } // namespace Platform

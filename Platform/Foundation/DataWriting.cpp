@@ -17,38 +17,8 @@ namespace Platform {
 
 namespace {
 
-std::string describeWriteError(int number) {
-    switch (number) {
-    case ENOSPC:
-        return "the disk is full";
-    case EDQUOT:
-        return "the quota on the disk is used up";
-    case EFBIG:
-        return "the file would be larger than the system permits";
-    case EACCES:
-    case EPERM:
-        return "writing there is not permitted";
-    case EROFS:
-        return "the file system is read-only";
-    case ENOENT:
-        return "the folder does not exist";
-    case ENOTDIR:
-        return "a part of the path is not a folder";
-    case EISDIR:
-        return "this is a folder, not a file";
-    case ENAMETOOLONG:
-        return "the name is too long";
-    case ELOOP:
-        return "the symbolic links lead in a circle";
-    case EPIPE:
-        return "nobody reads the other end any more";
-    default:
-        return std::generic_category().message(number);
-    }
-}
-
 bool fail(int number, NSError* error) {
-    setError(error, NSErrorCode::FileUnwritable, describeWriteError(number));
+    setError(error, NSErrorCode::FileUnwritable, writeErrorInWords(number));
     return false;
 }
 
@@ -175,6 +145,36 @@ bool writeInPlace(ByteView data, int descriptor, NSError* error) {
 }
 
 } // namespace
+
+std::string writeErrorInWords(int number) {
+    switch (number) {
+    case ENOSPC:
+        return "the disk is full";
+    case EDQUOT:
+        return "the quota on the disk is used up";
+    case EFBIG:
+        return "the file would be larger than the system permits";
+    case EACCES:
+    case EPERM:
+        return "writing there is not permitted";
+    case EROFS:
+        return "the file system is read-only";
+    case ENOENT:
+        return "the folder does not exist";
+    case ENOTDIR:
+        return "a part of the path is not a folder";
+    case EISDIR:
+        return "this is a folder, not a file";
+    case ENAMETOOLONG:
+        return "the name is too long";
+    case ELOOP:
+        return "the symbolic links lead in a circle";
+    case EPIPE:
+        return "nobody reads the other end any more";
+    default:
+        return std::generic_category().message(number);
+    }
+}
 
 bool writeToFileAtomically(ByteView data, const std::string& path, NSError* error) {
     if (path.empty() || path.find('\0') != std::string::npos) return fail(ENOENT, error);

@@ -25,14 +25,14 @@ TEST(CommandUsage, HelpGoesToStandardOutputAndEndsInExamples) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
     for (const char* subcommand :
-         {"info", "draw", "apply", "graph", "archive", "sheet", "transition", "transitions"})
+         {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition", "transitions"})
         EXPECT_THAT(result.out, HasSubstr(subcommand));
     EXPECT_THAT(result.out, EndsWith("  imaging draw --help\n"));
 }
 
 TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
     for (const std::string subcommand :
-         {"info", "draw", "apply", "graph", "archive", "sheet", "transition", "transitions"}) {
+         {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition", "transitions"}) {
         const Result result = run({subcommand, "--help"});
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "");
@@ -52,7 +52,7 @@ TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
 
 TEST(CommandUsage, HelpFitsIntoEightyColumns) {
     for (const char* subcommand :
-         {"info", "draw", "apply", "graph", "archive", "sheet", "transition", "transitions"}) {
+         {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition", "transitions"}) {
         std::istringstream help(run({subcommand, "--help"}).out);
         for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80U) << line;
     }
@@ -67,7 +67,7 @@ TEST(CommandUsage, VersionIsOneLine) {
 
 TEST(CommandUsage, NamesTheSubcommandThatWasMeant) {
     expectWrongUsage({}, "imaging: a subcommand is missing; known are info, draw, apply, graph, archive, "
-                         "sheet, transition and transitions "
+                         "sheet, show, transition and transitions "
                          "(see 'imaging --help')");
     expectWrongUsage({"drwa", "a.png"},
                      "imaging: there is no subcommand 'drwa'; did you mean 'draw'? (see 'imaging --help')");

@@ -79,7 +79,7 @@ Json objectFor(const Show& show, const Schedule::Part& part) {
     object["shows"] = part.moves ? "transition" : "picture";
     object["time"] = secondsOf(show, part.first);
     object["seconds"] = secondsOf(show, part.count);
-    object["firstFrame"] = part.first;
+    object["firstFrame"] = part.first + 1; // as --frames counts
     object["frames"] = part.count;
     if (!part.moves) {
         object["file"] = picture.name;
@@ -99,7 +99,7 @@ std::string dryRunText(const Show& show, const Schedule& schedule) {
     std::vector<Row> rows = {{"time", "frames", "length", "shows"}};
     for (const Schedule::Part& part : schedule.parts()) {
         rows.push_back({clockText(secondsOf(show, part.first)),
-                        std::to_string(part.first) + "-" + std::to_string(part.first + part.count - 1),
+                        std::to_string(part.first + 1) + "-" + std::to_string(part.first + part.count),
                         clockText(secondsOf(show, part.count)), whatIsShown(show, part)});
     }
     return countText(show.pictures.size(), "picture") + ", " + countText(schedule.frameCount(), "frame") +

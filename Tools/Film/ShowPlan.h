@@ -12,7 +12,7 @@ namespace Tool {
 std::string dryRunText(const Show& show, const Schedule& schedule);
 
 /// The same as JSON lines: an object about the film, then one for each part. Times are in seconds, exact ones
-/// of the frames; frames are counted from 0.
+/// of the frames; frames are counted from 1.
 std::string dryRunJson(const Show& show, const Schedule& schedule);
 
 } // namespace Tool

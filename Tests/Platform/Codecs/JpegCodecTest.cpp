@@ -235,6 +235,39 @@ TEST(JpegCodec, RefusesAPictureThatIsCutShort) {
     EXPECT_EQ(refusal.reason, "the JPEG data ends before the picture is complete; the file may be cut short");
 }
 
+TEST(JpegCodec, CheckingRefusesWhatDecodingRefusesInTheSameWords) {
+    RawJpeg progressive = plain(3);
+    progressive.progressive = true;
+    const auto codec = codecForFormat("JPEG");
+    for (const NSData& whole : {rawJpeg(plain(1), pattern(width, height, 1, 255)),
+                                rawJpeg(transformed(3), pattern(width, height, 3, 255)),
+                                rawJpeg(progressive, pattern(width, height, 3, 255)),
+                                rawJpeg(transformed(4), pattern(width, height, 4, 255))}) {
+        EXPECT_NO_THROW(codec->check(whole, pictureLimits()));
+        int refused = 0;
+        const auto compare = [&](const NSData& bytes) {
+            const auto reasonOf = [](const auto& read) -> std::string {
+                try {
+                    read();
+                    return "";
+                } catch (const CodecException& exception) {
+                    return exception.reason();
+                }
+            };
+            const std::string reason = reasonOf([&] { codec->decode(bytes, pictureLimits()); });
+            EXPECT_EQ(reasonOf([&] { codec->check(bytes, pictureLimits()); }), reason);
+            refused += reason.empty() ? 0 : 1;
+        };
+        for (std::size_t i = 0; i < whole.size(); ++i) {
+            compare({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(i)}); // cut short
+            NSData damaged = whole;
+            damaged[i] ^= 0x10;
+            compare(damaged);
+        }
+        EXPECT_GT(refused, static_cast<int>(whole.size())) << "all that are cut short, and some others";
+    }
+}
+
 TEST(JpegCodec, RefusesAPictureWhoseEndMarkerComesTooEarly) {
     NSData bytes = rawJpeg(plain(1), pattern(width, height, 1, 255));
     bytes.resize((markerAt(bytes, 0xda) + bytes.size()) / 2);

@@ -192,10 +192,10 @@ TEST(ShowPlan, ListsThePartsWithTheirTimes) {
     EXPECT_EQ(dryRunText(show, Schedule(show)),
               "2 pictures, 60 frames of 64x48 at 50 per second, 0:00:01.200, a loop\n"
               "time         frames  length       shows\n"
-              "0:00:00.000  0-19    0:00:00.400  a.png\n"
-              "0:00:00.400  20-29   0:00:00.200    push:direction=up, in-out, to b\\n.png\n"
-              "0:00:00.600  30-49   0:00:00.400  b\\n.png\n"
-              "0:00:01.000  50-59   0:00:00.200    push:direction=up, in-out, to a.png\n");
+              "0:00:00.000  1-20    0:00:00.400  a.png\n"
+              "0:00:00.400  21-30   0:00:00.200    push:direction=up, in-out, to b\\n.png\n"
+              "0:00:00.600  31-50   0:00:00.400  b\\n.png\n"
+              "0:00:01.000  51-60   0:00:00.200    push:direction=up, in-out, to a.png\n");
     const Show single = film({"--hold", "4000"}, {"a.png"});
     EXPECT_THAT(dryRunText(single, Schedule(single)),
                 StartsWith("1 picture, 100000 frames of 1920x1080 at 25 per second, 1:06:40.000\n"));
@@ -218,16 +218,16 @@ TEST(ShowPlan, IsJsonLinesToo) {
     EXPECT_EQ(all[0]["loop"], false);
     EXPECT_DOUBLE_EQ(all[0]["seconds"], 150 * 1001 / 30000.0);
     EXPECT_EQ(all[1]["shows"], "picture");
-    EXPECT_EQ(all[1]["firstFrame"], 0);
+    EXPECT_EQ(all[1]["firstFrame"], 1);
     EXPECT_EQ(all[1]["frames"], 60);
     EXPECT_EQ(all[1]["file"], "a\xEF\xBF\xBD.png");
     EXPECT_EQ(all[2]["shows"], "transition");
-    EXPECT_EQ(all[2]["firstFrame"], 60);
+    EXPECT_EQ(all[2]["firstFrame"], 61);
     EXPECT_EQ(all[2]["frames"], 30);
     EXPECT_DOUBLE_EQ(all[2]["time"], 60 * 1001 / 30000.0);
     EXPECT_EQ(all[2]["transition"], "zoom:inout=in");
     EXPECT_EQ(all[2]["ease"], "in");
     EXPECT_EQ(all[2]["to"], "b.png");
-    EXPECT_EQ(all[3]["firstFrame"], 90);
+    EXPECT_EQ(all[3]["firstFrame"], 91);
     EXPECT_EQ(all[3]["frames"], 60);
 }

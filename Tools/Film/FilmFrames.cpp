@@ -1,0 +1,75 @@
+#include "Tools/Film/FilmFrames.h"
+
+#include "Platform/Graphics/GraphicsContext.h"
+#include "Tools/Film/FrameQueue.h"
+
+#include <algorithm>
+
+namespace Tool {
+
+using Platform::NSGraphicsContext;
+
+namespace {
+
+/// Makes a context the thread's current one until the end of the scope.
+class CurrentContext {
+public:
+    explicit CurrentContext(std::shared_ptr<NSGraphicsContext> context)
+        : m_before(NSGraphicsContext::currentContext()) {
+        NSGraphicsContext::setCurrentContext(std::move(context));
+    }
+    ~CurrentContext() { NSGraphicsContext::setCurrentContext(std::move(m_before)); }
+    CurrentContext(const CurrentContext&) = delete;
+    CurrentContext& operator=(const CurrentContext&) = delete;
+
+private:
+    std::shared_ptr<NSGraphicsContext> m_before;
+};
+
+} // namespace
+
+FilmFrames::FilmFrames(const Show& show, const Schedule& schedule, std::uint64_t first, std::uint64_t count)
+    : m_show(show), m_schedule(schedule) {
+    for (Schedule::Part part : schedule.parts()) {
+        const std::uint64_t from = std::max(part.first, first);
+        const std::uint64_t to = std::min(part.first + part.count, first + count);
+        if (from >= to) continue;
+        part.first = from;
+        part.count = to - from;
+        if (m_pictures.empty() || m_pictures.back() != part.picture) m_pictures.push_back(part.picture);
+        m_parts.push_back({part, m_pictures.size() - 1});
+        if (part.moves) m_pictures.push_back((part.picture + 1) % show.pictures.size());
+    }
+}
+
+void FilmFrames::forEach(FilmPictures& pictures, const std::function<void(const Frame&)>& visit) const {
+    const Platform::NSSize size = {static_cast<float>(m_show.size.width),
+                                   static_cast<float>(m_show.size.height)};
+    for (const auto& [part, place] : m_parts) {
+        const FilmPictures::Node from = pictures.at(place, place);
+        if (!part.moves) {
+            visit({part.first, part.count, from});
+            continue;
+        }
+        const FilmPictures::Node to = pictures.at(place + 1, place);
+        const Transition& transition = m_show.pictures[part.picture].next.transition;
+        for (std::uint64_t frame = part.first; frame < part.first + part.count; ++frame) {
+            visit({frame, 1, transition.node(from, to, size, m_schedule.at(frame).weight)});
+        }
+    }
+}
+
+void drawFrame(Imaging::IMGImage& node, PixelSize size) {
+    const Platform::NSGraphicsStateScope state;
+    Platform::NSColor::blackColor().set();
+    Platform::NSRectFill(
+        {Platform::NSZeroPoint, {static_cast<float>(size.width), static_cast<float>(size.height)}});
+    node.drawWithTransform(Platform::NSAffineTransform(), Platform::NSCompositeSourceOver, 1.0F);
+}
+
+void drawFrame(Imaging::IMGImage& node, FrameBuffer& frame) {
+    const CurrentContext current(frame.context());
+    drawFrame(node, frame.size());
+}
+
+} // namespace Tool

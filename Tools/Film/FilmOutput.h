@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Tools/Film/FilmSink.h"
+
+#include <memory>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace Tool {
+
+/// The arguments that say where a film goes and how.
+struct FilmOutput {
+    std::string path;
+    std::string format;      ///< empty: by the path's suffix
+    std::string frameFormat; ///< of pictures in a folder; empty: png
+    std::string quality;     ///< of JPEG frames; empty: 90
+    std::string crf;
+    std::string preset;
+
+    /// Adds the options to a parser that outlives this object.
+    void declare(CLI::App& app);
+
+    /// Throws a UsageError when the path is missing, its kind is not known, an option does not fit it, or
+    /// frames of this size cannot be written; and a Failure where its folder or the encoder is missing.
+    void check(PixelSize size) const;
+
+    /// Whether the film goes to standard output.
+    bool takesStandardOutput() const { return path == "-"; }
+
+    /// The sink for a film, or for the part of one whose last frame has the number `lastFrame`. Throws like
+    /// `check`.
+    std::unique_ptr<FilmSink> open(const FilmFormat& film, std::uint64_t lastFrame) const;
+};
+
+} // namespace Tool

@@ -1,0 +1,136 @@
+#include "Tools/Film/FrameQueue.h"
+
+#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Graphics/GraphicsContext.h"
+#include "Tools/Threads.h"
+
+#include <algorithm>
+#include <cairo.h>
+#include <new>
+#include <utility>
+
+namespace Tool {
+
+struct FrameBuffer::Surface {
+    Platform::PixelBuffer pixels;
+    cairo_surface_t* surface = nullptr;
+
+    std::uint32_t* data() { return static_cast<std::uint32_t*>(static_cast<void*>(pixels.data())); }
+    ~Surface() { cairo_surface_destroy(surface); }
+};
+
+FrameBuffer::FrameBuffer(PixelSize size) : m_size(size), m_surface(std::make_unique<Surface>()) {
+    const auto width = static_cast<std::uint64_t>(size.width);
+    const auto height = static_cast<std::uint64_t>(size.height);
+    const auto bytes = Platform::checkedProduct({width, height, 4});
+    if (!bytes.has_value()) throw std::bad_alloc();
+    m_surface->pixels = Platform::PixelBuffer::zeroed(*bytes);
+    m_surface->surface = cairo_image_surface_create_for_data(
+        m_surface->pixels.data(), CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height),
+        static_cast<int>(width * 4));
+    cairo_t* const cairo = cairo_create(m_surface->surface);
+    const bool works = cairo_status(cairo) == CAIRO_STATUS_SUCCESS;
+    if (works)
+        m_context =
+            Platform::NSGraphicsContext::graphicsContextWithCairo(cairo, static_cast<double>(size.height));
+    cairo_destroy(cairo);
+    if (!works) throw std::bad_alloc();
+}
+
+FrameBuffer::~FrameBuffer() = default;
+
+FrameView FrameBuffer::view() const {
+    cairo_surface_flush(m_surface->surface);
+    return {m_surface->data(), static_cast<std::size_t>(m_size.width)};
+}
+
+FrameQueue::FrameQueue(FilmSink& sink, PixelSize size, std::size_t buffers)
+    : m_sink(sink), m_shelf(std::make_shared<Shelf>()) {
+    for (std::size_t i = 0; i < buffers; ++i) m_shelf->buffers.push_back(std::make_unique<FrameBuffer>(size));
+    m_thread = threadWithoutSignals([this] { writeUntilTheEnd(); });
+}
+
+FrameQueue::~FrameQueue() {
+    if (!m_thread.joinable()) return;
+    {
+        const std::lock_guard guard(m_lock);
+        m_complete = true;
+        m_abandoned = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+}
+
+std::unique_ptr<FrameBuffer> FrameQueue::take() {
+    std::unique_lock guard(m_shelf->lock);
+    m_shelf->changed.wait(guard, [&] { return !m_shelf->buffers.empty() || m_shelf->failure != nullptr; });
+    if (m_shelf->failure != nullptr) std::rethrow_exception(m_shelf->failure);
+    std::unique_ptr<FrameBuffer> frame = std::move(m_shelf->buffers.back());
+    m_shelf->buffers.pop_back();
+    return frame;
+}
+
+void FrameQueue::give(std::unique_ptr<FrameBuffer> frame, std::uint64_t times) {
+    {
+        const std::lock_guard guard(m_lock);
+        m_jobs.push_back({std::move(frame), times});
+    }
+    m_changed.notify_all();
+}
+
+std::uint64_t FrameQueue::written() const {
+    const std::lock_guard guard(m_lock);
+    return m_written;
+}
+
+void FrameQueue::finish() {
+    {
+        const std::lock_guard guard(m_lock);
+        m_complete = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+    const std::lock_guard guard(m_shelf->lock);
+    if (m_shelf->failure != nullptr) std::rethrow_exception(m_shelf->failure);
+}
+
+/// The buffer goes back onto the shelf when the last one who reads it lets go of it.
+void FrameQueue::write(Job job) {
+    const FrameView view = job.frame->view();
+    const std::shared_ptr<const void> owner(job.frame.release(), [shelf = m_shelf](FrameBuffer* frame) {
+        {
+            const std::lock_guard guard(shelf->lock);
+            shelf->buffers.emplace_back(frame);
+        }
+        shelf->changed.notify_all();
+    });
+    m_sink.write(view, job.times, owner);
+}
+
+void FrameQueue::writeUntilTheEnd() {
+    try {
+        std::unique_lock guard(m_lock);
+        while (true) {
+            m_changed.wait(guard, [&] { return m_complete || !m_jobs.empty(); });
+            if (m_abandoned) return;
+            if (m_jobs.empty()) break;
+            Job job = std::move(m_jobs.front());
+            m_jobs.pop_front();
+            const std::uint64_t times = job.times;
+            guard.unlock();
+            write(std::move(job));
+            guard.lock();
+            m_written += times;
+        }
+        guard.unlock();
+        m_sink.finish();
+    } catch (...) {
+        {
+            const std::lock_guard guard(m_shelf->lock);
+            m_shelf->failure = std::current_exception();
+        }
+        m_shelf->changed.notify_all();
+    }
+}
+
+} // namespace Tool

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "Tools/Film/FilmSink.h"
+#include "Tools/Values.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace Platform {
+class NSGraphicsContext;
+}
+
+namespace Tool {
+
+/// The pixels of one frame and a context to draw on them, (0, 0) at the lower left.
+class FrameBuffer {
+public:
+    /// Throws std::bad_alloc.
+    explicit FrameBuffer(PixelSize size);
+    ~FrameBuffer();
+    FrameBuffer(const FrameBuffer&) = delete;
+    FrameBuffer& operator=(const FrameBuffer&) = delete;
+
+    const std::shared_ptr<Platform::NSGraphicsContext>& context() const { return m_context; }
+
+    PixelSize size() const { return m_size; }
+
+    /// The words as they are now. What is opaque has 255 in its unused byte.
+    FrameView view() const;
+
+private:
+    struct Surface;
+
+    PixelSize m_size;
+    std::unique_ptr<Surface> m_surface;
+    std::shared_ptr<Platform::NSGraphicsContext> m_context;
+};
+
+/// Hands frames to a sink on a thread of its own, so that the next one is drawn while one is written:
+///
+///   take → draw → give → (writing) → take again
+///
+/// There are a few buffers, which go round. Everything but the writing is for one thread.
+class FrameQueue {
+public:
+    FrameQueue(FilmSink& sink, PixelSize size, std::size_t buffers = 3);
+
+    /// Leaves the frames that are not written yet.
+    ~FrameQueue();
+    FrameQueue(const FrameQueue&) = delete;
+    FrameQueue& operator=(const FrameQueue&) = delete;
+
+    /// A buffer with whatever was in it; waits for one. Throws what the sink has thrown.
+    std::unique_ptr<FrameBuffer> take();
+
+    /// Has a frame written so many times.
+    void give(std::unique_ptr<FrameBuffer> frame, std::uint64_t times);
+
+    /// How many frames were handed to the sink. Any thread.
+    std::uint64_t written() const;
+
+    /// Waits until the sink has finished. Throws what it throws.
+    void finish();
+
+private:
+    struct Job {
+        std::unique_ptr<FrameBuffer> frame;
+        std::uint64_t times = 0;
+    };
+
+    /// The buffers that are free. They come back from wherever a sink let go of them.
+    struct Shelf {
+        std::mutex lock;
+        std::condition_variable changed;
+        std::vector<std::unique_ptr<FrameBuffer>> buffers;
+        std::exception_ptr failure;
+    };
+
+    void writeUntilTheEnd();
+    void write(Job job);
+
+    FilmSink& m_sink;
+    std::shared_ptr<Shelf> m_shelf;
+    mutable std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::deque<Job> m_jobs;
+    std::uint64_t m_written = 0;
+    bool m_complete = false;  ///< no more frames come
+    bool m_abandoned = false; ///< those that came are not wanted any more
+    std::thread m_thread;
+};
+
+} // namespace Tool
