@@ -188,14 +188,14 @@ TEST(ShowCommand, DrawsAContactSheetOfTheFilm) {
     const Result result = run(film + Arguments{"--contact-sheet", folder.path("sheet.png")});
     EXPECT_EQ(result.err, "");
     const Picture sheet = pictureOfPNG(folder.read("sheet.png"));
-    // Three cells of 320 x 180 in a row: red, the middle of the transition, blue.
+    // Three cells of 320 x 180 in a row: red, the second of the transition's five frames, blue.
     ASSERT_GT(sheet.width, 3 * 320);
     const int middle = sheet.height / 2;
     const int gap = (sheet.width - 3 * 320) / 4;
     const auto cell = [&](int i) { return sheet.at(gap + i * (320 + gap) + 160, middle); };
     EXPECT_EQ(cell(0), red);
-    EXPECT_NEAR(cell(1).red, 127.5, 2);
-    EXPECT_NEAR(cell(1).blue, 127.5, 2);
+    EXPECT_NEAR(cell(1).red, 255 * 2 / 3.0, 2);
+    EXPECT_NEAR(cell(1).blue, 255 / 3.0, 2);
     EXPECT_EQ(cell(2), blue);
     // The same while a film is made.
     run(film + Arguments{"--contact-sheet", folder.path("both.png"), "-o", folder.path("frames/")});

@@ -31,7 +31,8 @@ std::vector<std::uint64_t> sheetFrames(const Schedule& schedule, std::uint64_t f
     for (const Schedule::Part& part : schedule.parts()) {
         const std::uint64_t from = std::max(part.first, first);
         const std::uint64_t to = std::min(part.first + part.count, first + count);
-        if (from < to) frames.push_back(from + (to - from - 1) / 2);
+        // In the middle of a fade through a colour there would be that colour alone.
+        if (from < to) frames.push_back(from + (to - from - 1) * (part.moves ? 2 : 3) / 6);
     }
     if (frames.size() <= most) return frames;
     frames.clear();

@@ -13,8 +13,9 @@
 
 namespace Tool {
 
-/// The numbers of the frames that stand for a film, or for a part of one, on a contact sheet: the middle one
-/// of each picture that stands still and of each transition, or as many as there may be at even distances.
+/// The numbers of the frames that stand for a film, or for a part of one, on a contact sheet: one of each
+/// picture that stands still and the one at a third of each transition, or as many as there may be at even
+/// distances.
 std::vector<std::uint64_t> sheetFrames(const Schedule& schedule, std::uint64_t first, std::uint64_t count,
                                        std::size_t most = 40);
 
