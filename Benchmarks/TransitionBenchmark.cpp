@@ -1,6 +1,10 @@
-// How fast transitions are drawn: films of 50 weights from one opaque picture of 1920 x 1080 to another, onto
-// pixels of the same size. Each frame is cleared, its graph is made and drawn. The table gives the medians of
-// several films; there is no peer in here.
+// How fast transitions are drawn: films of 50 frames from one opaque picture of 1920 x 1080 to another, onto
+// pixels of the same size, for each frame of which a graph is made and drawn; beside FFmpeg's xfade.
+// Transitions that add their pictures up begin each frame with black, as films do; the others cover every
+// pixel.
+
+#include "Benchmarks/Ratios.h"
+#include "Benchmarks/XfadePeer.h"
 
 #include "Imaging/ApertureTransitions.h"
 #include "Imaging/CachedImage.h"
@@ -10,16 +14,12 @@
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
 
-#include <algorithm>
 #include <cairo.h>
-#include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -29,8 +29,7 @@ using namespace Imaging;
 constexpr int width = 1920;
 constexpr int height = 1080;
 constexpr NSSize frameSize{width, height};
-constexpr int weights = 50;
-constexpr int films = 7;
+constexpr int frames = 50;
 
 /// A picture of smooth colour with a little noise, as photographs have it.
 std::shared_ptr<IMGImage> photograph(unsigned seed) {
@@ -57,7 +56,7 @@ std::shared_ptr<IMGImage> photograph(unsigned seed) {
 class Screen {
 public:
     Screen()
-        : m_surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)),
+        : m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
           m_cairo(cairo_create(m_surface)) {
         Platform::NSGraphicsContext::setCurrentContext(
             Platform::NSGraphicsContext::graphicsContextWithCairo(m_cairo, height));
@@ -70,11 +69,9 @@ public:
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
-    void clear() {
-        cairo_save(m_cairo);
-        cairo_set_operator(m_cairo, CAIRO_OPERATOR_CLEAR);
-        cairo_paint(m_cairo);
-        cairo_restore(m_cairo);
+    static void clear() {
+        NSColor::blackColor().set();
+        Platform::NSRectFill({Platform::NSZeroPoint, frameSize});
     }
 
 private:
@@ -82,78 +79,91 @@ private:
     cairo_t* m_cairo;
 };
 
+using Node = std::shared_ptr<IMGImage>;
+
 struct Subject {
     std::string name;
-    std::function<std::shared_ptr<IMGImage>(float weight)> node;
+    std::function<Node(const Node& from, const Node& to, float weight)> node;
+    bool addsUp;
+    std::string peer; ///< the name of xfade's transition that does the same
+    double target;    ///< of our time by the peer's; 0 for none
 };
 
-std::vector<Subject> subjects(const std::shared_ptr<IMGImage>& from, const std::shared_ptr<IMGImage>& to) {
+std::vector<Subject> subjects() {
     const NSColor color = NSColor::colorWithCalibratedRed(0.2F, 0.3F, 0.5F, 1);
     const auto left = IMGTransitionDirectionLeft;
     const auto in = IMGTransitionIn;
     const NSSize size = frameSize;
-    const auto with = [=](auto make) {
-        return [=](float weight) -> std::shared_ptr<IMGImage> { return make(from, to, weight); };
-    };
     return {
-        {"dissolve", with([=](const auto& a, const auto& b, float w) {
+        {"dissolve",
+         [=](const Node& a, const Node& b, float w) {
              return IMGDissolveTransitionOp::transitionWithFromImage(a, b, size, w);
-         })},
-        {"spin", with([=](const auto& a, const auto& b, float w) {
+         },
+         true, "fade", 0.5},
+        {"spin",
+         [=](const Node& a, const Node& b, float w) {
              return IMGSpinTransitionOp::transitionWithFromImage(a, b, size, in, w);
-         })},
-        {"push", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "", 0},
+        {"push",
+         [=](const Node& a, const Node& b, float w) {
              return IMGPushTransitionOp::transitionWithFromImage(a, b, size, left, w);
-         })},
-        {"slide", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "slideleft", 0.2},
+        {"slide",
+         [=](const Node& a, const Node& b, float w) {
              return IMGSlideTransitionOp::transitionWithFromImage(a, b, size, left, in, w);
-         })},
-        {"wipe", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "slideleft", 0.2},
+        {"wipe",
+         [=](const Node& a, const Node& b, float w) {
              return IMGWipeTransitionOp::transitionWithFromImage(a, b, size, left, w);
-         })},
-        {"slide changer", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "wipeleft", 0.5},
+        {"slide changer",
+         [=](const Node& a, const Node& b, float w) {
              return IMGSlideChangerTransitionOp::transitionWithFromImage(a, b, size, left, color, w);
-         })},
-        {"zoom", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "slideleft", 0.2},
+        {"zoom",
+         [=](const Node& a, const Node& b, float w) {
              return IMGZoomTransitionOp::transitionWithFromImage(a, b, size, in, w);
-         })},
-        {"iris", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "zoomin", 0.2},
+        {"iris",
+         [=](const Node& a, const Node& b, float w) {
              return IMGIrisTransitionOp::transitionWithFromImage(a, b, size, in, w);
-         })},
-        {"colour fade", with([=](const auto& a, const auto& b, float w) {
+         },
+         false, "rectcrop", 1 / 1.5},
+        {"colour fade",
+         [=](const Node& a, const Node& b, float w) {
              return IMGColorFadeTransitionOp::transitionWithFromImage(a, b, size, color, 0, w);
-         })},
+         },
+         true, "fadeblack", 1 / 3.0},
     };
 }
 
-/// The time of one film in milliseconds a frame.
-double film(Screen& screen, const Subject& subject) {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < weights; ++i) {
-        screen.clear();
-        subject.node(static_cast<float>(i) / (weights - 1))
+void drawFilm(const Subject& subject, const Node& from, const Node& to) {
+    for (int i = 0; i < frames; ++i) {
+        if (subject.addsUp) Screen::clear();
+        subject.node(from, to, static_cast<float>(i + 1) / (frames + 1))
             ->drawWithTransform(NSAffineTransform(), Platform::NSCompositeSourceOver, 1);
     }
-    const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
-    return time.count() / weights;
 }
 
 } // namespace
 
-int main() {
-    Screen screen;
-    const std::vector<Subject> all = subjects(photograph(17), photograph(23));
-    for (const Subject& subject : all) film(screen, subject); // what is made on the first draw is there now
-    std::vector<std::vector<double>> times(all.size());
-    // The transitions take turns, so that a busy spell does not fall on one alone.
-    for (int round = 0; round < films; ++round) {
-        for (std::size_t i = 0; i < all.size(); ++i) times[i].push_back(film(screen, all[i]));
+int main(int argc, char** argv) {
+    const Screen screen;
+    const Node from = photograph(17);
+    const Node to = photograph(23);
+    const Benchmarks::XfadePeer xfade(width, height);
+    for (const Subject& subject : subjects()) {
+        const std::string name = subject.name + ", " + std::to_string(frames) + " frames";
+        Benchmarks::compare(name, Benchmarks::ours, [=] { drawFilm(subject, from, to); });
+        if (subject.peer.empty()) continue;
+        Benchmarks::compare(
+            name, subject.peer, [&xfade, subject] { xfade.draw(subject.peer, frames); }, subject.target);
     }
-    std::printf("%-16s %12s %12s\n", "transition", "ms a frame", "frames/s");
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        std::nth_element(times[i].begin(), times[i].begin() + films / 2, times[i].end());
-        const double median = times[i][films / 2];
-        std::printf("%-16s %12.3f %12.1f\n", all[i].name.c_str(), median, 1000 / median);
-    }
-    return 0;
+    return Benchmarks::run(argc, argv);
 }
