@@ -6,8 +6,6 @@
 #include "Imaging/PolygonClipping.h"
 #include "Platform/Foundation/AffineTransform.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -95,40 +93,6 @@ std::function<void()> clipping(float degrees) {
     };
 }
 
-/// The shortest of several runs of each body in microseconds: what disturbs a run can only make it longer.
-/// The bodies take turns, so that a busy spell does not fall on one alone.
-std::vector<double> microseconds(const std::vector<std::function<void()>>& bodies) {
-    using Clock = std::chrono::steady_clock;
-    std::vector<double> shortest(bodies.size(), HUGE_VAL);
-    for (int round = 0; round < 15; ++round) {
-        for (std::size_t i = 0; i < bodies.size(); ++i) {
-            const auto start = Clock::now();
-            bodies[i]();
-            const std::chrono::duration<double, std::micro> time = Clock::now() - start;
-            shortest[i] = std::min(shortest[i], time.count());
-        }
-    }
-    return shortest;
-}
-
-/// The slope of log(time) over log(vertices) by least squares.
-double slope(const std::vector<double>& times) {
-    double sumX = 0;
-    double sumY = 0;
-    double sumXX = 0;
-    double sumXY = 0;
-    for (std::size_t i = 0; i < sizes.size(); ++i) {
-        const double x = std::log(sizes[i]);
-        const double y = std::log(times[i]);
-        sumX += x;
-        sumY += y;
-        sumXX += x * x;
-        sumXY += x * y;
-    }
-    const auto n = static_cast<double>(sizes.size());
-    return (n * sumXY - sumX * sumY) / (n * sumXX - sumX * sumX);
-}
-
 void printSlopes() {
     std::vector<double> ideal;
     for (const int n : sizes) ideal.push_back(n * std::log(n));
@@ -136,12 +100,13 @@ void printSlopes() {
         std::printf("\n%s\n", subject.name.c_str());
         std::vector<std::function<void()>> bodies;
         for (const int size : sizes) bodies.push_back(subject.prepare(size));
-        const std::vector<double> times = microseconds(bodies);
+        const std::vector<double> times = Benchmarks::shortestMicroseconds(bodies, 15);
         for (std::size_t i = 0; i < times.size(); ++i) {
             std::printf("  %6d vertices %12.1f us %9.3f ns per n log2 n\n", sizes[i], times[i],
                         1000 * times[i] / (sizes[i] * std::log2(sizes[i])));
         }
-        std::printf("  slope %.2f (n log n has %.2f here, n squared 2)\n", slope(times), slope(ideal));
+        std::printf("  slope %.2f (n log n has %.2f here, n squared 2)\n", Benchmarks::slope(sizes, times),
+                    Benchmarks::slope(sizes, ideal));
     }
 }
 

@@ -9,9 +9,6 @@
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
 
-#include <algorithm>
-#include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -86,52 +83,17 @@ std::vector<Subject> subjects() {
     };
 }
 
-/// The shortest of several runs of each body in microseconds: what disturbs a run can only make it longer.
-/// The bodies take turns, so that a busy spell does not fall on one alone.
-std::vector<double> microseconds(const std::vector<std::function<void()>>& bodies) {
-    using Clock = std::chrono::steady_clock;
-    std::vector<double> shortest(bodies.size(), HUGE_VAL);
-    for (int round = 0; round < 40; ++round) {
-        for (std::size_t i = 0; i < bodies.size(); ++i) {
-            const auto start = Clock::now();
-            bodies[i]();
-            const std::chrono::duration<double, std::micro> time = Clock::now() - start;
-            shortest[i] = std::min(shortest[i], time.count());
-        }
-    }
-    return shortest;
-}
-
-/// The slope of log(time) over log(nodes) by least squares: 1 is linear, 2 quadratic.
-double slope(const std::vector<int>& sizes, const std::vector<double>& times) {
-    double n = 0;
-    double sumX = 0;
-    double sumY = 0;
-    double sumXX = 0;
-    double sumXY = 0;
-    for (std::size_t i = 0; i < sizes.size(); ++i) {
-        const double x = std::log(sizes[i]);
-        const double y = std::log(times[i]);
-        n += 1;
-        sumX += x;
-        sumY += y;
-        sumXX += x * x;
-        sumXY += x * y;
-    }
-    return (n * sumXY - sumX * sumY) / (n * sumXX - sumX * sumX);
-}
-
 void printSlopes() {
     for (const Subject& subject : subjects()) {
         std::printf("\n%s\n", subject.name.c_str());
         std::vector<std::function<void()>> bodies;
         for (const int size : subject.sizes) bodies.push_back(subject.prepare(size));
-        const std::vector<double> times = microseconds(bodies);
+        const std::vector<double> times = Benchmarks::shortestMicroseconds(bodies, 40);
         for (std::size_t i = 0; i < times.size(); ++i) {
             std::printf("  %6d nodes %12.1f us %9.3f us a node\n", subject.sizes[i], times[i],
                         times[i] / subject.sizes[i]);
         }
-        std::printf("  slope %.2f (1 is linear)\n", slope(subject.sizes, times));
+        std::printf("  slope %.2f (1 is linear)\n", Benchmarks::slope(subject.sizes, times));
     }
 }
 

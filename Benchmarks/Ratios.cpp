@@ -1,5 +1,8 @@
 #include "Benchmarks/Ratios.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <map>
 #include <utility>
@@ -76,6 +79,37 @@ void compare(const std::string& subjectAndCase, const std::string& who, std::fun
                                  })
         ->UseRealTime()
         ->Unit(benchmark::kMillisecond);
+}
+
+std::vector<double> shortestMicroseconds(const std::vector<std::function<void()>>& bodies, int rounds) {
+    using Clock = std::chrono::steady_clock;
+    std::vector<double> shortest(bodies.size(), HUGE_VAL);
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < bodies.size(); ++i) {
+            const auto start = Clock::now();
+            bodies[i]();
+            const std::chrono::duration<double, std::micro> time = Clock::now() - start;
+            shortest[i] = std::min(shortest[i], time.count());
+        }
+    }
+    return shortest;
+}
+
+double slope(const std::vector<int>& sizes, const std::vector<double>& times) {
+    double sumX = 0;
+    double sumY = 0;
+    double sumXX = 0;
+    double sumXY = 0;
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        const double x = std::log(sizes[i]);
+        const double y = std::log(times[i]);
+        sumX += x;
+        sumY += y;
+        sumXX += x * x;
+        sumXY += x * y;
+    }
+    const auto n = static_cast<double>(sizes.size());
+    return (n * sumXY - sumX * sumY) / (n * sumXX - sumX * sumX);
 }
 
 int run(int argc, char** argv) {

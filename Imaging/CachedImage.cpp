@@ -1,6 +1,7 @@
 #include "Imaging/CachedImage.h"
 
 #include "Imaging/BitmapFormats.h"
+#include "Imaging/RecordClips.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/GraphicsContext.h"
@@ -79,14 +80,7 @@ void CCImage::drawWithTransformClip(const TransformAndClipList& list, int operat
     if (context == nullptr) return;
     const NSRect whole = {Platform::NSZeroPoint, size()};
     const Platform::NSGraphicsStateScope state; // restoring it also undoes the transform
-    NSAffineTransform transform;
-    for (const TransformAndClipRect* record : list.records()) {
-        transform.prependTransform(record->transform());
-        if (!record->hasClipRect()) continue;
-        NSBezierPath clip = NSBezierPath::bezierPathWithRect(record->clipRect());
-        clip.transformUsingAffineTransform(transform);
-        clip.addClip();
-    }
+    const NSAffineTransform transform = addRecordClips(list);
     if (m_ns_image == nullptr) return;
     context->concat(transform);
     const std::lock_guard<std::recursive_mutex> lock(GlobalImageLock());

@@ -2,6 +2,7 @@
 
 #include "Imaging/GraphicsContext.h"
 #include "Imaging/PolygonClipping.h"
+#include "Imaging/RecordClips.h"
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include <bit>
@@ -148,14 +149,7 @@ void fillFrameInCurrentContext(NSRect rect, float width, const TransformAndClipL
     const std::shared_ptr<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (context == nullptr) return;
     const NSGraphicsStateScope state;
-    NSAffineTransform transform;
-    for (const TransformAndClipRect* record : list.records()) {
-        transform.prependTransform(record->transform());
-        if (!record->hasClipRect()) continue;
-        NSBezierPath clip = NSBezierPath::bezierPathWithRect(record->clipRect());
-        clip.transformUsingAffineTransform(transform);
-        clip.addClip();
-    }
+    const NSAffineTransform transform = addRecordClips(list);
     NSBezierPath frame = NSBezierPath::bezierPathWithRect(rect);
     frame.appendBezierPathWithRect(Platform::NSInsetRect(rect, width, width));
     frame.setWindingRule(Platform::NSWindingRule::EvenOdd);

@@ -16,6 +16,7 @@ namespace Tool {
 
 using Imaging::IMGImage;
 using Platform::NSBitmapImageRep;
+using Platform::NSGraphicsContext;
 using Platform::NSMakeRect;
 using Platform::NSRect;
 using Platform::NSSize;
@@ -119,6 +120,13 @@ std::shared_ptr<NSBitmapImageRep> drawnOnCanvas(PixelSize size, const std::strin
     if (bitmap == nullptr) throw Failure(name, "what was drawn could not be read back");
     return bitmap;
 }
+
+CurrentContextScope::CurrentContextScope(std::shared_ptr<NSGraphicsContext> context)
+    : m_before(NSGraphicsContext::currentContext()) {
+    NSGraphicsContext::setCurrentContext(std::move(context));
+}
+
+CurrentContextScope::~CurrentContextScope() { NSGraphicsContext::setCurrentContext(std::move(m_before)); }
 
 void paint(NSRect rect, const Platform::NSColor& color) {
     color.set();

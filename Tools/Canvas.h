@@ -10,6 +10,10 @@
 #include <memory>
 #include <string>
 
+namespace Platform {
+class NSGraphicsContext;
+}
+
 namespace Tool {
 
 /// A node that is ready to be drawn, the way up that its picture declares unless it is asked for as stored.
@@ -62,6 +66,18 @@ Platform::NSRect placedIn(Platform::NSRect place, PixelSize picture, Fit fit);
 std::shared_ptr<Platform::NSBitmapImageRep>
 drawnOnCanvas(PixelSize size, const std::string& name, const std::string& advice,
               const std::function<Platform::NSRect()>& drawAndSelect);
+
+/// Makes a context the thread's current one until the end of the scope.
+class CurrentContextScope {
+public:
+    explicit CurrentContextScope(std::shared_ptr<Platform::NSGraphicsContext> context);
+    ~CurrentContextScope();
+    CurrentContextScope(const CurrentContextScope&) = delete;
+    CurrentContextScope& operator=(const CurrentContextScope&) = delete;
+
+private:
+    std::shared_ptr<Platform::NSGraphicsContext> m_before;
+};
 
 /// Covers a rectangle with a colour, source-over.
 void paint(Platform::NSRect rect, const Platform::NSColor& color);

@@ -1,6 +1,7 @@
 #include "Tools/Page.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Tools/Canvas.h"
 #include "Tools/Messages.h"
 
 #include <algorithm>
@@ -28,21 +29,6 @@ struct Deleter {
 };
 using Context = std::unique_ptr<cairo_t, Deleter>;
 using Surface = std::unique_ptr<cairo_surface_t, Deleter>;
-
-/// Makes a context the thread's current one until the end of the scope.
-class CurrentScope {
-public:
-    explicit CurrentScope(std::shared_ptr<NSGraphicsContext> context)
-        : m_previous(NSGraphicsContext::currentContext()) {
-        NSGraphicsContext::setCurrentContext(std::move(context));
-    }
-    ~CurrentScope() { NSGraphicsContext::setCurrentContext(m_previous); }
-    CurrentScope(const CurrentScope&) = delete;
-    CurrentScope& operator=(const CurrentScope&) = delete;
-
-private:
-    std::shared_ptr<NSGraphicsContext> m_previous;
-};
 
 /// Cairo is C: nothing may be thrown through it.
 cairo_status_t keepBytes(void* closure, const unsigned char* bytes, unsigned int count) {
@@ -80,7 +66,7 @@ NSData drawnOnPage(PageFormat format, PixelSize size, const std::string& name, c
     const Surface surface = surfaceInto(file, format, size);
     {
         const Context cairo(cairo_create(surface.get()));
-        const CurrentScope current(
+        const CurrentContextScope current(
             NSGraphicsContext::graphicsContextWithCairo(cairo.get(), static_cast<double>(size.height)));
         draw();
     }

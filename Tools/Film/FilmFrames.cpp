@@ -1,32 +1,12 @@
 #include "Tools/Film/FilmFrames.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Tools/Canvas.h"
 #include "Tools/Film/FrameQueue.h"
 
 #include <algorithm>
 
 namespace Tool {
-
-using Platform::NSGraphicsContext;
-
-namespace {
-
-/// Makes a context the thread's current one until the end of the scope.
-class CurrentContext {
-public:
-    explicit CurrentContext(std::shared_ptr<NSGraphicsContext> context)
-        : m_before(NSGraphicsContext::currentContext()) {
-        NSGraphicsContext::setCurrentContext(std::move(context));
-    }
-    ~CurrentContext() { NSGraphicsContext::setCurrentContext(std::move(m_before)); }
-    CurrentContext(const CurrentContext&) = delete;
-    CurrentContext& operator=(const CurrentContext&) = delete;
-
-private:
-    std::shared_ptr<NSGraphicsContext> m_before;
-};
-
-} // namespace
 
 FilmFrames::FilmFrames(const Show& show, const Schedule& schedule, std::uint64_t first, std::uint64_t count)
     : m_show(show), m_schedule(schedule) {
@@ -68,7 +48,7 @@ void drawFrame(Imaging::IMGImage& node, PixelSize size) {
 }
 
 void drawFrame(Imaging::IMGImage& node, FrameBuffer& frame) {
-    const CurrentContext current(frame.context());
+    const CurrentContextScope current(frame.context());
     drawFrame(node, frame.size());
 }
 
