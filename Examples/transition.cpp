@@ -5,16 +5,18 @@
 #include <Imaging/Imaging.h>
 #include <Platform/Graphics/GraphicsContext.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 using namespace Imaging;
 using namespace Platform;
 
 int main(int argc, char** argv) {
-    if (argc != 5) return 2;
-    const auto from = IMGImage::imageWithContentsOfFile(argv[1]);
-    const auto to = IMGImage::imageWithContentsOfFile(argv[2]);
-    if (!from || !to) return 1;
+    if (argc != 5) return std::fprintf(stderr, "usage: transition FROM TO WEIGHT OUTPUT.png\n"), 2;
+    NSError error;
+    const auto from = IMGImage::imageWithContentsOfFile(argv[1], &error);
+    const auto to = from ? IMGImage::imageWithContentsOfFile(argv[2], &error) : nullptr;
+    if (to == nullptr) return std::fprintf(stderr, "%s: %s\n", argv[from ? 2 : 1], error.message.c_str()), 1;
 
     const NSSize size = {1280, 720};
     const auto frame = IMGIrisTransitionOp::transitionWithFromImage(from, to, size, IMGTransitionIn,
@@ -27,5 +29,6 @@ int main(int argc, char** argv) {
 
     const auto bitmap = NSBitmapImageRep::bitmapWithFocusedViewRect({NSZeroPoint, size});
     const auto png = bitmap->representationUsingType(NSPNGFileType, {});
-    return png && writeToFileAtomically(*png, argv[4]) ? 0 : 1;
+    if (png && writeToFileAtomically(*png, argv[4], &error)) return 0;
+    return std::fprintf(stderr, "%s: %s\n", argv[4], error.message.c_str()), 1;
 }
