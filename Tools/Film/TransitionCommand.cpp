@@ -1,6 +1,7 @@
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Text.h"
 #include "Tools/Canvas.h"
+#include "Tools/Film/FilmFrames.h"
 #include "Tools/Film/FramePicture.h"
 #include "Tools/Film/Show.h"
 #include "Tools/Film/ShowSettings.h"
@@ -201,18 +202,14 @@ TransitionCommand::Request TransitionCommand::checkedRequest() const {
     return request;
 }
 
-/// A frame of a transition between two pictures that fill it.
-void drawFrame(const Transition& transition, const std::vector<std::shared_ptr<Imaging::IMGImage>>& pictures,
-               NSRect frame, double weight) {
+/// A frame at a place of the sheet.
+void drawFrameAt(Platform::NSPoint place, Imaging::IMGImage& node, PixelSize size) {
     const Platform::NSGraphicsStateScope scope;
-    Platform::NSRectClip(frame);
+    Platform::NSRectClip({place, {static_cast<float>(size.width), static_cast<float>(size.height)}});
     Platform::NSAffineTransform shift;
-    shift.translateXBy(frame.origin.x, frame.origin.y);
+    shift.translateXBy(place.x, place.y);
     Platform::NSGraphicsContext::currentContext()->concat(shift);
-    // Transitions add light to what is there, so that there must be none.
-    paint({Platform::NSZeroPoint, frame.size}, NSColor::blackColor());
-    transition.node(pictures[0], pictures[1], frame.size, static_cast<float>(weight))
-        ->drawWithTransform({}, Platform::NSCompositeSourceOver, 1);
+    drawFrame(node, size);
 }
 
 std::shared_ptr<Platform::NSBitmapImageRep> TransitionCommand::sheet(const Request& request) const {
@@ -237,12 +234,13 @@ std::shared_ptr<Platform::NSBitmapImageRep> TransitionCommand::sheet(const Reque
         drawLine(transition.text(), NSMakeRect(gap, height - gap, width - 2 * gap, strip + gap),
                  lettering.fontSize);
         for (std::size_t i = 0; i < request.weights.size(); ++i) {
-            NSRect cell = layout.cell(i);
+            const NSRect cell = layout.cell(i);
             drawLine(weightText(request.weights[i]),
                      NSMakeRect(cell.origin.x, cell.origin.y, cell.size.width, strip), lettering.fontSize);
-            cell.origin.y += strip;
-            cell.size.height -= strip;
-            drawFrame(transition, pictures, cell, request.weights[i]);
+            const Platform::NSSize size = {cell.size.width, cell.size.height - strip};
+            const auto node =
+                transition.node(pictures[0], pictures[1], size, static_cast<float>(request.weights[i]));
+            drawFrameAt({cell.origin.x, cell.origin.y + strip}, *node, frame);
         }
         return NSMakeRect(0, 0, width, height + strip);
     });
