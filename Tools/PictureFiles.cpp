@@ -1,6 +1,7 @@
 #include "Tools/PictureFiles.h"
 
 #include "Platform/Codecs/Codec.h"
+#include "Tools/Input.h"
 #include "Tools/Messages.h"
 #include "Tools/Output.h"
 
@@ -64,6 +65,11 @@ bool beginsLikePicture(const std::filesystem::path& path) {
 bool comesBefore(std::string_view a, std::string_view b) {
     const std::strong_ordering order = compareNaturally(a, b);
     return order == std::strong_ordering::equal ? a < b : order == std::strong_ordering::less;
+}
+
+bool isFolder(const std::string& input) {
+    std::error_code failure;
+    return !isURL(input) && !isStandardInput(input) && std::filesystem::is_directory(input, failure);
 }
 
 std::vector<std::string> picturesInFolder(const std::string& folder, const std::string& except) {

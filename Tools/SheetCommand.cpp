@@ -10,7 +10,6 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
 
 namespace Tool {
@@ -117,8 +116,7 @@ Frame SheetCommand::checkedFrame(PixelSize cell) const {
 std::vector<std::string> SheetCommand::names() const {
     std::vector<std::string> all;
     for (const std::string& input : operands("a picture or folder")) {
-        std::error_code failure;
-        if (!isURL(input) && !isStandardInput(input) && std::filesystem::is_directory(input, failure)) {
+        if (isFolder(input)) {
             const std::vector<std::string> pictures = picturesInFolder(input, m_output.path);
             all.insert(all.end(), pictures.begin(), pictures.end());
         } else {

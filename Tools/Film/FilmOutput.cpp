@@ -29,7 +29,7 @@ const std::vector<std::pair<std::string, Kind>>& suffixes() {
 constexpr std::array x264Presets = {"ultrafast", "superfast", "veryfast", "faster",   "fast",
                                     "medium",    "slow",      "slower",   "veryslow", "placebo"};
 
-bool isFolder(const std::string& path) {
+bool isFolderOfFrames(const std::string& path) {
     std::error_code failure;
     return path.ends_with('/') || std::filesystem::is_directory(path, failure);
 }
@@ -46,7 +46,7 @@ Kind kindOf(const FilmOutput& output) {
     }
     if (output.takesStandardOutput())
         throw UsageError("-o -: only raw frames go to standard output; add --format raw");
-    if (isFolder(output.path)) return Kind::Frames;
+    if (isFolderOfFrames(output.path)) return Kind::Frames;
     std::string suffix = std::filesystem::path(output.path).extension().string();
     for (char& c : suffix) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');

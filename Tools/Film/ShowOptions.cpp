@@ -9,17 +9,11 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <filesystem>
 #include <optional>
 
 namespace Tool {
 
 namespace {
-
-bool isFolder(const std::string& name) {
-    std::error_code failure;
-    return !isURL(name) && !isStandardInput(name) && std::filesystem::is_directory(name, failure);
-}
 
 bool isOneOf(const std::string& name, const std::vector<std::string>& outputs) {
     return std::any_of(outputs.begin(), outputs.end(), [&](const std::string& output) {

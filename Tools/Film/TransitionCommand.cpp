@@ -149,13 +149,9 @@ void TransitionCommand::declareFrames(CLI::App& app) {
 }
 
 Transition TransitionCommand::checkedTransition() const {
-    if (m_kind.empty()) {
-        std::vector<std::string> known;
-        for (const TransitionKind& kind : transitionKinds()) {
-            if (whyNotDrawn(kind).empty()) known.push_back(kind.name);
-        }
-        throw UsageError("the transition is missing: --kind NAME; known are " + enumeration(known));
-    }
+    if (m_kind.empty())
+        throw UsageError("the transition is missing: --kind NAME; known are " +
+                         enumeration(drawnKindNames()));
     auto [name, settings] = splitTransition(m_kind, "--kind");
     const std::array<std::pair<std::string, const std::string*>, 4> options = {
         {{"direction", &m_direction}, {"inout", &m_in_out}, {"color", &m_color}, {"balance", &m_balance}}};

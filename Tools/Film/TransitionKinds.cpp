@@ -209,15 +209,13 @@ TransitionValue parseValue(const TransitionParameter& parameter, const std::stri
 }
 
 const TransitionKind& kindNamed(const std::string& name, const std::string& option) {
-    std::vector<std::string> known;
     for (const TransitionKind& kind : transitionKinds()) {
-        if (kind.name == name) {
-            const std::string reason = whyNotDrawn(kind);
-            if (!reason.empty()) throw UsageError(option + ": the transition '" + name + "' " + reason);
-            return kind;
-        }
-        if (whyNotDrawn(kind).empty()) known.push_back(kind.name);
+        if (kind.name != name) continue;
+        const std::string reason = whyNotDrawn(kind);
+        if (!reason.empty()) throw UsageError(option + ": the transition '" + name + "' " + reason);
+        return kind;
     }
+    const std::vector<std::string> known = drawnKindNames();
     throw UsageError(option + ": there is no transition named '" + name + "'; known are " +
                      enumeration(known) + suggestion(name, known));
 }
@@ -257,6 +255,14 @@ const std::vector<TransitionKind>& transitionKinds() {
 
 std::string whyNotDrawn(const TransitionKind& kind) {
     return kind.needsOpenGL ? "needs OpenGL, which this version does not draw with yet" : "";
+}
+
+std::vector<std::string> drawnKindNames() {
+    std::vector<std::string> names;
+    for (const TransitionKind& kind : transitionKinds()) {
+        if (whyNotDrawn(kind).empty()) names.push_back(kind.name);
+    }
+    return names;
 }
 
 std::shared_ptr<IMGImage> Transition::node(const std::shared_ptr<IMGImage>& from,

@@ -60,6 +60,9 @@ const std::vector<TransitionKind>& transitionKinds();
 /// Why a kind cannot be drawn, as what follows its name in a message; empty for those that can.
 std::string whyNotDrawn(const TransitionKind& kind);
 
+/// The names of those that can be drawn, in the order of the table.
+std::vector<std::string> drawnKindNames();
+
 /// A kind with values for all of its parameters.
 struct Transition {
     const TransitionKind* kind = nullptr; ///< never null in one that was parsed
