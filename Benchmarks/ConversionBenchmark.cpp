@@ -5,8 +5,8 @@
 #include "Benchmarks/Ratios.h"
 
 #include "Imaging/BitmapFormats.h"
-#include "Platform/Foundation/PixelBuffer.h"
 #include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdint>

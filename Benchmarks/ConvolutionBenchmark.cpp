@@ -5,7 +5,7 @@
 #include "Imaging/CachedImage.h"
 #include "Imaging/Convolution.h"
 #include "Imaging/Kernel.h"
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <array>
 #include <cstdint>

@@ -5,7 +5,7 @@
 
 #include "Imaging/BitmapFormats.h"
 #include "Imaging/CachedImage.h"
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <opencv2/core.hpp>
 #include <vips/vips.h>

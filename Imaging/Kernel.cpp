@@ -3,7 +3,7 @@
 #include "Imaging/ArchiveClasses.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/LocalizedString.h"
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <algorithm>
 #include <array>

@@ -43,7 +43,7 @@ set(IMAGING_PUBLIC_HEADERS
   Platform/Foundation/LocalizedString.h
   Platform/Foundation/Log.h
   Platform/Foundation/MainThread.h
-  Platform/Foundation/PixelBuffer.h
+  Platform/Pixels/PixelBuffer.h
   Platform/Foundation/Resources.h
   Platform/Foundation/URL.h
   Platform/Foundation/URLLoading.h

@@ -3,7 +3,7 @@
 #include "Platform/Clipper/ContourCutting.h"
 #include "Platform/Clipper/ContourGrid.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <cstdint>
 #include <memory>

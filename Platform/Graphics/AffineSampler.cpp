@@ -1,5 +1,5 @@
 #include "Platform/Graphics/PictureSamplers.h"
-#include "Platform/Graphics/SampleMixing.h"
+#include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>
 #include <array>

@@ -3,8 +3,8 @@
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
-#include "Platform/Foundation/PixelBuffer.h"
 #include "Platform/Graphics/Color.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <array>
 #include <cstddef>

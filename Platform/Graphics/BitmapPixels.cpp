@@ -1,7 +1,7 @@
 #include "Platform/Graphics/BitmapPixels.h"
 
-#include "Platform/Foundation/ParallelRows.h"
 #include "Platform/Graphics/BitmapImageRep.h"
+#include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,9 +2,9 @@
 
 // Internal: bitmaps as the painter reads them. Not installed.
 
-#include "Platform/Graphics/ColorConversion.h"
 #include "Platform/Graphics/DrawablePicture.h"
-#include "Platform/Graphics/PixelLayout.h"
+#include "Platform/Pixels/Rows/ColorConversion.h"
+#include "Platform/Pixels/Rows/PixelLayout.h"
 
 #include <memory>
 

@@ -5,7 +5,7 @@
 #include "Platform/Foundation/AffineTransform.h"
 #include "Platform/Graphics/BezierPath.h"
 #include "Platform/Graphics/Color.h"
-#include "Platform/Graphics/PixelImage.h"
+#include "Platform/Pixels/Rows/PixelImage.h"
 
 #include <cairo.h>
 #include <memory>

@@ -1,10 +1,10 @@
 #include "Platform/Graphics/CoreGraphics.h"
 
-#include "Platform/Foundation/PixelBuffer.h"
 #include "Platform/Graphics/BitmapPixels.h"
 #include "Platform/Graphics/BitmapRows.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/PictureDrawing.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "Platform/Graphics/DrawablePicture.h"
 
-#include "Platform/Foundation/ParallelRows.h"
-#include "Platform/Foundation/SpareMemory.h"
 #include "Platform/Graphics/Image.h"
+#include "Platform/Pixels/Memory/SpareMemory.h"
+#include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>
 #include <bit>

@@ -4,7 +4,7 @@
 
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Graphics/BitmapImageRep.h"
-#include "Platform/Graphics/PixelImage.h"
+#include "Platform/Pixels/Rows/PixelImage.h"
 
 #include <memory>
 #include <mutex>

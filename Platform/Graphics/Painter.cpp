@@ -1,8 +1,8 @@
 #include "Platform/Graphics/Painter.h"
 
-#include "Platform/Foundation/ParallelRows.h"
 #include "Platform/Graphics/Blending.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "Tools/Film/FrameQueue.h"
 
-#include "Platform/Foundation/PixelBuffer.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Pixels/PixelBuffer.h"
 #include "Tools/Threads.h"
 
 #include <algorithm>

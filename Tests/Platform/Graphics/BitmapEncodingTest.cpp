@@ -1,7 +1,7 @@
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/BitmapPixels.h"
-#include "Tests/Platform/Graphics/BitmapLayouts.h"
+#include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>
 #include <lcms2.h>

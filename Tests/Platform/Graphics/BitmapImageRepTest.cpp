@@ -1,7 +1,7 @@
 #include "Platform/Graphics/BitmapImageRep.h"
 
 #include "Platform/Foundation/Exception.h"
-#include "Tests/Platform/Graphics/BitmapLayouts.h"
+#include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Platform/Graphics/Blending.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Tests/Platform/Graphics/VectorTargets.h"
+#include "Tests/Platform/Pixels/VectorTargets.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "Platform/Graphics/CoreGraphics.h"
 
-#include "Tests/Platform/Graphics/GuardedPixels.h"
+#include "Tests/Platform/Pixels/GuardedPixels.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 
 #include "Platform/Graphics/DrawablePicture.h"
 #include "Platform/Graphics/PictureDrawing.h"
-#include "Tests/Platform/Graphics/VectorTargets.h"
+#include "Tests/Platform/Pixels/VectorTargets.h"
 
 #include <atomic>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Platform/Graphics/Image.h"
-#include "Tests/Platform/Graphics/BitmapLayouts.h"
+#include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/DrawablePicture.h"
 #include "Platform/Graphics/Image.h"
-#include "Tests/Platform/Graphics/BitmapLayouts.h"
+#include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>
 

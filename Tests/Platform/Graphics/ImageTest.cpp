@@ -3,7 +3,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/DrawablePicture.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
-#include "Tests/Platform/Graphics/BitmapLayouts.h"
+#include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // Rows brought over by the quick ways against the plain ones, and pictures carried from layout to layout.
 
 #include "Platform/Graphics/BitmapPixels.h"
-#include "Platform/Graphics/PixelLayout.h"
-#include "Tests/Platform/Graphics/PixelMemory.h"
+#include "Platform/Pixels/Rows/PixelLayout.h"
+#include "Tests/Platform/Pixels/PixelMemory.h"
 
 #include <gtest/gtest.h>
 

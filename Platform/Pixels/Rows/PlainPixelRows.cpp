@@ -1,5 +1,5 @@
-#include "Platform/Graphics/PixelLayout.h"
-#include "Platform/Graphics/PixelRows.h"
+#include "Platform/Pixels/Rows/PixelLayout.h"
+#include "Platform/Pixels/Rows/PixelRows.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
 // From a bitmap's profile to sRGB, against the colorimetry that the profiles state.
 
-#include "Platform/Graphics/ColorConversion.h"
+#include "Platform/Pixels/Rows/ColorConversion.h"
 
 #include "Platform/Graphics/BitmapRows.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"

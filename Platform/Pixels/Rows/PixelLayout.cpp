@@ -1,6 +1,6 @@
-#include "Platform/Graphics/PixelLayout.h"
+#include "Platform/Pixels/Rows/PixelLayout.h"
 
-#include "Platform/Graphics/PixelRows.h"
+#include "Platform/Pixels/Rows/PixelRows.h"
 
 #include <algorithm>
 #include <array>

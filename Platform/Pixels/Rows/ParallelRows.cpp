@@ -1,4 +1,4 @@
-#include "Platform/Foundation/ParallelRows.h"
+#include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,9 +1,9 @@
-#include "Platform/Graphics/PixelImage.h"
+#include "Platform/Pixels/Rows/PixelImage.h"
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Foundation/ParallelRows.h"
-#include "Platform/Graphics/SampleMixing.h"
+#include "Platform/Pixels/Rows/ParallelRows.h"
+#include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>
 #include <limits>

@@ -2,7 +2,7 @@
 
 // Every layout of pixels, and memory that holds some with bytes around them that nothing may touch.
 
-#include "Platform/Graphics/PixelLayout.h"
+#include "Platform/Pixels/Rows/PixelLayout.h"
 #include "Tests/Support/Pixels.h"
 
 #include <array>

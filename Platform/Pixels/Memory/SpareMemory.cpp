@@ -1,4 +1,4 @@
-#include "Platform/Foundation/SpareMemory.h"
+#include "Platform/Pixels/Memory/SpareMemory.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/ColorConversion.h"
+#include "Platform/Pixels/Rows/ColorConversion.h"
 
 #include <lcms2.h>
 

@@ -1,11 +1,11 @@
-#include "Platform/Graphics/SampleMixing.h"
+#include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Platform/Graphics/SampleMixing.cpp"
+#define HWY_TARGET_INCLUDE "Platform/Pixels/Rows/SampleMixing.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 

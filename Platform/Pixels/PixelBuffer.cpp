@@ -1,6 +1,6 @@
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
-#include "Platform/Foundation/SpareMemory.h"
+#include "Platform/Pixels/Memory/SpareMemory.h"
 
 #include <cstdlib>
 #include <new>

@@ -1,6 +1,6 @@
-#include "Platform/Graphics/SampleMixing.h"
+#include "Platform/Pixels/Rows/SampleMixing.h"
 
-#include "Tests/Platform/Graphics/VectorTargets.h"
+#include "Tests/Platform/Pixels/VectorTargets.h"
 
 #include <gtest/gtest.h>
 

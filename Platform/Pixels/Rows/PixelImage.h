@@ -2,7 +2,7 @@
 
 // Internal: pictures as the painter reads and writes them. Not installed.
 
-#include "Platform/Foundation/PixelBuffer.h"
+#include "Platform/Pixels/PixelBuffer.h"
 
 #include <cstdint>
 #include <memory>

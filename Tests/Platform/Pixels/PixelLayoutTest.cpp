@@ -1,6 +1,6 @@
-#include "Platform/Graphics/PixelLayout.h"
+#include "Platform/Pixels/Rows/PixelLayout.h"
 
-#include "Tests/Platform/Graphics/PixelMemory.h"
+#include "Tests/Platform/Pixels/PixelMemory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/PixelRows.h"
+#include "Platform/Pixels/Rows/PixelRows.h"
 
 #include "Tests/Support/Pixels.h"
 

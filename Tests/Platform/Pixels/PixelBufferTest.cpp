@@ -1,5 +1,5 @@
-#include "Platform/Foundation/PixelBuffer.h"
-#include "Platform/Foundation/SpareMemory.h"
+#include "Platform/Pixels/PixelBuffer.h"
+#include "Platform/Pixels/Memory/SpareMemory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "Platform/Graphics/PixelRows.h"
+#include "Platform/Pixels/Rows/PixelRows.h"
 
 #include <bit>
 
 // Everything between the two namespace markers is compiled once for each kind of vector unit.
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Platform/Graphics/PixelRows.cpp"
+#define HWY_TARGET_INCLUDE "Platform/Pixels/Rows/PixelRows.cpp"
 #include "hwy/foreach_target.h" // IWYU pragma: keep
 
 #include "hwy/highway.h"
