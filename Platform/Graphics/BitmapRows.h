@@ -2,7 +2,7 @@
 
 // Internal: bitmaps as the painter reads them. Not installed.
 
-#include "Platform/Graphics/DrawablePicture.h"
+#include "Platform/Painter/DrawablePicture.h"
 #include "Platform/Pixels/Rows/ColorConversion.h"
 #include "Platform/Pixels/Rows/PixelLayout.h"
 

@@ -4,7 +4,7 @@
 #include "Platform/Graphics/Appearance.h"
 #include "Platform/Graphics/CairoSupport.h"
 #include "Platform/Graphics/Compositing.h"
-#include "Platform/Graphics/Painter.h"
+#include "Platform/Painter/Painter.h"
 
 #include <algorithm>
 #include <array>

@@ -3,7 +3,7 @@
 #include "Platform/Graphics/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
-#include "Platform/Graphics/Painter.h"
+#include "Platform/Painter/Painter.h"
 
 #include <cmath>
 #include <new>

@@ -2,7 +2,7 @@
 
 // Internal: the drawing of pictures. Not installed.
 
-#include "Platform/Graphics/DrawablePicture.h"
+#include "Platform/Painter/DrawablePicture.h"
 
 #include <cairo.h>
 

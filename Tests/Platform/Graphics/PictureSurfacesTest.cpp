@@ -2,7 +2,7 @@
 // pages.
 
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Platform/Graphics/PixelTarget.h"
+#include "Platform/Painter/PixelTarget.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"
 
 #include <gtest/gtest.h>

@@ -5,8 +5,8 @@
 //   DrawablePicture ─ levels ─→ RowSampler ─ rows of words ─→ blendRow ─→ PixelTarget
 //                                                    ClipCoverage ─┘
 
-#include "Platform/Graphics/PictureSampler.h"
-#include "Platform/Graphics/PixelTarget.h"
+#include "Platform/Painter/PictureSampler.h"
+#include "Platform/Painter/PixelTarget.h"
 
 namespace Platform {
 

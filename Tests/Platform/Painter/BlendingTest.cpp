@@ -1,4 +1,4 @@
-#include "Platform/Graphics/Blending.h"
+#include "Platform/Painter/Blending.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tests/Platform/Pixels/VectorTargets.h"

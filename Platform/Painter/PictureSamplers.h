@@ -2,7 +2,7 @@
 
 // Internal: the kinds of picture samplers, of which `makePictureSampler` chooses. Not installed.
 
-#include "Platform/Graphics/PictureSampler.h"
+#include "Platform/Painter/PictureSampler.h"
 
 namespace Platform {
 

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/Blending.h"
+#include "Platform/Painter/Blending.h"
 
 #include <algorithm>
 #include <array>
@@ -6,11 +6,11 @@
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Platform/Graphics/Blending.cpp"
+#define HWY_TARGET_INCLUDE "Platform/Painter/Blending.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "Platform/Graphics/BlendFormulas-inl.h"
+#include "Platform/Painter/BlendFormulas-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Platform::HWY_NAMESPACE {

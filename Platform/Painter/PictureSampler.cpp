@@ -1,6 +1,6 @@
-#include "Platform/Graphics/PictureSampler.h"
+#include "Platform/Painter/PictureSampler.h"
 
-#include "Platform/Graphics/PictureSamplers.h"
+#include "Platform/Painter/PictureSamplers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/DrawablePicture.h"
+#include "Platform/Painter/DrawablePicture.h"
 
 #include "Platform/Graphics/Image.h"
 #include "Platform/Pixels/Memory/SpareMemory.h"

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/PixelTarget.h"
+#include "Platform/Painter/PixelTarget.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 // Internal: a picture under a transform, read as rows of device pixels. Not installed.
 
-#include "Platform/Graphics/DrawablePicture.h"
+#include "Platform/Painter/DrawablePicture.h"
 
 #include <cairo.h>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/PictureSamplers.h"
+#include "Platform/Painter/PictureSamplers.h"
 #include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include "Platform/Graphics/Painter.h"
+#include "Platform/Painter/Painter.h"
 
-#include "Platform/Graphics/Blending.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Painter/Blending.h"
 #include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>

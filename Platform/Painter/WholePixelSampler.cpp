@@ -1,4 +1,4 @@
-#include "Platform/Graphics/PictureSamplers.h"
+#include "Platform/Painter/PictureSamplers.h"
 
 #include <algorithm>
 #include <cmath>
