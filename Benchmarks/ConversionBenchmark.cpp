@@ -5,7 +5,7 @@
 #include "Benchmarks/Ratios.h"
 
 #include "Imaging/BitmapFormats.h"
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Platform/Pixels/PixelBuffer.h"
 
 #include <benchmark/benchmark.h>

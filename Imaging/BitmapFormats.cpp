@@ -1,6 +1,6 @@
 #include "Imaging/BitmapFormats.h"
 
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,8 +2,8 @@
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Graphics/BitmapPixels.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 
 #include <algorithm>
 #include <cmath>

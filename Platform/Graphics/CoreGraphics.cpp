@@ -1,9 +1,9 @@
 #include "Platform/Graphics/CoreGraphics.h"
 
-#include "Platform/Graphics/BitmapPixels.h"
-#include "Platform/Graphics/BitmapRows.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Platform/Graphics/PictureDrawing.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapRows.h"
+#include "Platform/Graphics/Pictures/PictureDrawing.h"
 #include "Platform/Pixels/PixelBuffer.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Appearance.h"
-#include "Platform/Graphics/CairoSupport.h"
-#include "Platform/Graphics/Compositing.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
+#include "Platform/Graphics/Cairo/Compositing.h"
 #include "Platform/Painter/Painter.h"
 
 #include <algorithm>

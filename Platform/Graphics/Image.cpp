@@ -3,11 +3,11 @@
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/URLLoading.h"
-#include "Platform/Graphics/BitmapPixels.h"
-#include "Platform/Graphics/BitmapRows.h"
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Platform/Graphics/PictureDrawing.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapRows.h"
+#include "Platform/Graphics/Pictures/PictureDrawing.h"
 
 #include <algorithm>
 #include <cmath>

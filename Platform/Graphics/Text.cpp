@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Appearance.h"
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include <algorithm>

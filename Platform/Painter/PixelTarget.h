@@ -2,7 +2,7 @@
 
 // Internal: the pixels that a Cairo context draws on, and which of them its clip leaves. Not installed.
 
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Painter/PictureSampler.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Conversions of pictures that are large enough to be split over the processor's cores.
 
 #include "Imaging/BitmapFormats.h"
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Tests/Imaging/ConversionFixtures.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 // Small pictures for tests: made at random, read back pixel by pixel, and composed by plain arithmetic.
 
 #include "Platform/Graphics/BitmapImageRep.h"
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
 

@@ -1,6 +1,6 @@
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Graphics/BitmapImageRep.h"
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "Platform/Pixels/Rows/ColorConversion.h"
 
-#include "Platform/Graphics/BitmapRows.h"
+#include "Platform/Graphics/Pictures/BitmapRows.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What pictures promise to threads: levels may be asked for and let go from any of them.
 
-#include "Platform/Graphics/BitmapRows.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/Pictures/BitmapRows.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"
 
 #include <gtest/gtest.h>

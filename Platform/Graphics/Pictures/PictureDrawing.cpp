@@ -1,6 +1,6 @@
-#include "Platform/Graphics/PictureDrawing.h"
+#include "Platform/Graphics/Pictures/PictureDrawing.h"
 
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
 #include "Platform/Painter/Painter.h"

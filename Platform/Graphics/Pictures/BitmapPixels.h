@@ -2,7 +2,7 @@
 
 // Internal: bitmaps seen as rows of a pixel layout. Not installed.
 
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Pixels/Rows/PixelLayout.h"
 
 namespace Platform {

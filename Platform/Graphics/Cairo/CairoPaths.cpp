@@ -1,4 +1,4 @@
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 
 #include <algorithm>
 #include <array>

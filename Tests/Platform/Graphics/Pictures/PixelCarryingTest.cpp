@@ -1,6 +1,6 @@
 // Rows brought over by the quick ways against the plain ones, and pictures carried from layout to layout.
 
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Platform/Pixels/Rows/PixelLayout.h"
 #include "Tests/Platform/Pixels/PixelMemory.h"
 

@@ -1,7 +1,7 @@
-#include "Platform/Graphics/Compositing.h"
+#include "Platform/Graphics/Cairo/Compositing.h"
 
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Graphics/CairoSupport.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Pixels/Rows/ParallelRows.h"

@@ -1,6 +1,6 @@
-#include "Platform/Graphics/BitmapRows.h"
+#include "Platform/Graphics/Pictures/BitmapRows.h"
 
-#include "Platform/Graphics/BitmapPixels.h"
+#include "Platform/Graphics/Pictures/BitmapPixels.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,6 @@
-#include "Platform/Graphics/CairoSupport.h"
-#include "Platform/Graphics/Compositing.h"
-#include "Platform/Graphics/PictureDrawing.h"
+#include "Platform/Graphics/Cairo/CairoSupport.h"
+#include "Platform/Graphics/Cairo/Compositing.h"
+#include "Platform/Graphics/Pictures/PictureDrawing.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Platform/Graphics/Compositing.h"
+#include "Platform/Graphics/Cairo/Compositing.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Tests/Support/Pixels.h"
