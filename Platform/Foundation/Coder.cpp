@@ -1,6 +1,6 @@
 #include "Platform/Foundation/Coder.h"
 
-#include "Platform/Foundation/KeyedArchiveFormat.h"
+#include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
 
 #include <map>
 #include <mutex>

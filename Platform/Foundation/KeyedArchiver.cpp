@@ -1,7 +1,7 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 
-#include "Platform/Foundation/KeyedArchiveFormat.h"
-#include "Platform/Foundation/PropertyListGuard.h"
+#include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
+#include "Platform/Foundation/Archive/PropertyListGuard.h"
 
 #include <algorithm>
 #include <map>

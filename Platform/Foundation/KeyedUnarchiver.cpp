@@ -1,6 +1,6 @@
-#include "Platform/Foundation/KeyedArchiveFormat.h"
+#include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
+#include "Platform/Foundation/Archive/PropertyListGuard.h"
 #include "Platform/Foundation/KeyedArchiver.h"
-#include "Platform/Foundation/PropertyListGuard.h"
 
 #include <cmath>
 #include <cstdlib>

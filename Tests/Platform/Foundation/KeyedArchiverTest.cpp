@@ -1,6 +1,6 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 
-#include "Tests/Platform/Foundation/ArchiveFixtures.h"
+#include "Tests/Platform/Foundation/Archive/ArchiveFixtures.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

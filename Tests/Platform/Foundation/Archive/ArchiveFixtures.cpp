@@ -1,4 +1,4 @@
-#include "Tests/Platform/Foundation/ArchiveFixtures.h"
+#include "Tests/Platform/Foundation/Archive/ArchiveFixtures.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Platform/Foundation/KeyedArchiveFormat.h"
+#include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
 
 #include "Platform/Foundation/KeyedArchiver.h"
 

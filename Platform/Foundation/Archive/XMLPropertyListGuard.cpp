@@ -1,5 +1,5 @@
-#include "Platform/Foundation/KeyedArchiveFormat.h"
-#include "Platform/Foundation/PropertyListGuard.h"
+#include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
+#include "Platform/Foundation/Archive/PropertyListGuard.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-#include "Platform/Foundation/PropertyListGuard.h"
+#include "Platform/Foundation/Archive/PropertyListGuard.h"
 
 #include "Platform/Foundation/Exception.h"
-#include "Tests/Platform/Foundation/ArchiveFixtures.h"
+#include "Tests/Platform/Foundation/Archive/ArchiveFixtures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
