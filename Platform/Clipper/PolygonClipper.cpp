@@ -1,7 +1,7 @@
 #include "Platform/Clipper/PolygonClipper.h"
 
-#include "Platform/Clipper/ContourCutting.h"
-#include "Platform/Clipper/ContourGrid.h"
+#include "Platform/Clipper/Contours/ContourCutting.h"
+#include "Platform/Clipper/Contours/ContourGrid.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Pixels/PixelBuffer.h"
 

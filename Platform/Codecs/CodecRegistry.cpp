@@ -1,4 +1,4 @@
-#include "Platform/Codecs/CodecSupport.h"
+#include "Platform/Codecs/Support/CodecSupport.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,4 +1,4 @@
-#include "Platform/Codecs/ExifOrientation.h"
+#include "Platform/Codecs/Support/ExifOrientation.h"
 #include "Tests/Fuzz/Fuzz.h"
 
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "Platform/Codecs/CodecSupport.h"
+#include "Platform/Codecs/Support/CodecSupport.h"
 #include "Tests/Fuzz/Fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
