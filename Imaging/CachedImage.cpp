@@ -1,7 +1,7 @@
 #include "Imaging/CachedImage.h"
 
 #include "Imaging/BitmapFormats.h"
-#include "Imaging/RecordClips.h"
+#include "Imaging/Drawing/RecordClips.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/GraphicsContext.h"

@@ -1,7 +1,7 @@
 #include "Imaging/Canvas.h"
 
 #include "Imaging/CachedImage.h"
-#include "Imaging/RenderedNode.h"
+#include "Imaging/Drawing/RenderedNode.h"
 
 #include <utility>
 

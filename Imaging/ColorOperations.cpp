@@ -1,7 +1,7 @@
 #include "Imaging/ColorOperations.h"
 
-#include "Imaging/ColorWorkers.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <numbers>

@@ -1,6 +1,6 @@
 #include "Imaging/Convolution.h"
 
-#include "Imaging/ConvolutionPasses.h"
+#include "Imaging/Pixels/ConvolutionPasses.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/LocalizedString.h"

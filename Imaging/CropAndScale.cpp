@@ -1,7 +1,7 @@
 #include "Imaging/CropAndScale.h"
 
 #include "Imaging/CachedImage.h"
-#include "Imaging/RenderedNode.h"
+#include "Imaging/Drawing/RenderedNode.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <utility>

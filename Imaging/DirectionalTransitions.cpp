@@ -2,7 +2,7 @@
 
 #include "Imaging/Generators.h"
 #include "Imaging/TransformOperations.h"
-#include "Imaging/TransitionParts.h"
+#include "Imaging/TransitionParts/TransitionParts.h"
 #include "Imaging/Transitions.h"
 
 #include <optional>

@@ -1,8 +1,8 @@
 #include "Imaging/Generators.h"
 
+#include "Imaging/Drawing/RecordClips.h"
 #include "Imaging/GraphicsContext.h"
 #include "Imaging/PolygonClipping.h"
-#include "Imaging/RecordClips.h"
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include <bit>

@@ -1,6 +1,6 @@
 #include "Imaging/Image.h"
 
-#include "Imaging/ArchiveClasses.h"
+#include "Imaging/Archive/ArchiveClasses.h"
 #include "Imaging/CachedImage.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/Exception.h"

@@ -1,6 +1,6 @@
 #include "Imaging/Kernel.h"
 
-#include "Imaging/ArchiveClasses.h"
+#include "Imaging/Archive/ArchiveClasses.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/LocalizedString.h"
 #include "Platform/Pixels/PixelBuffer.h"

@@ -1,6 +1,6 @@
 #include "Imaging/PixelOperation.h"
 
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/Exception.h"
 
 #include <utility>

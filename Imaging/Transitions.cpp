@@ -3,7 +3,7 @@
 #include "Imaging/Geometry.h"
 #include "Imaging/GraphicsContext.h"
 #include "Imaging/TransformOperations.h"
-#include "Imaging/TransitionParts.h"
+#include "Imaging/TransitionParts/TransitionParts.h"
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include <utility>

@@ -2,8 +2,8 @@
 // of vector code; and what the nodes keep, tell and archive.
 
 #include "Imaging/ColorOperations.h"
-#include "Imaging/ColorWorkers.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"
 

@@ -1,8 +1,8 @@
 #include "Imaging/Convolution.h"
 
 #include "Platform/Foundation/KeyedArchiver.h"
-#include "Tests/Imaging/ConvolutionFixtures.h"
 #include "Tests/Imaging/ImagingTestSupport.h"
+#include "Tests/Imaging/Pixels/ConvolutionFixtures.h"
 
 #include <gtest/gtest.h>
 

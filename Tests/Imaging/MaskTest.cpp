@@ -2,8 +2,8 @@
 // keeps, checks and archives.
 
 #include "Imaging/Mask.h"
-#include "Imaging/MaskWorkers.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/MaskWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"
 

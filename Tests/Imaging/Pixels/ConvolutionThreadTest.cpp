@@ -1,9 +1,9 @@
 // Convolutions run two threads each; these run under ThreadSanitizer too.
 
-#include "Imaging/ConvolutionPasses.h"
 #include "Imaging/Kernel.h"
-#include "Imaging/PixelWorkers.h"
-#include "Tests/Imaging/ConvolutionFixtures.h"
+#include "Imaging/Pixels/ConvolutionPasses.h"
+#include "Imaging/Pixels/PixelWorkers.h"
+#include "Tests/Imaging/Pixels/ConvolutionFixtures.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
 #include "Platform/Foundation/Exception.h"
 

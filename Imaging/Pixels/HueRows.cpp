@@ -1,14 +1,14 @@
 // The hue adjustment with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/ColorWorkers.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/HueRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/HueRows.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 

@@ -1,4 +1,4 @@
-#include "Imaging/RenderedNode.h"
+#include "Imaging/Drawing/RenderedNode.h"
 
 #include "Imaging/CachedImage.h"
 #include "Platform/Graphics/Image.h"

@@ -1,12 +1,12 @@
 // Masking with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/MaskWorkers.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/MaskWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/MaskRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/MaskRows.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 

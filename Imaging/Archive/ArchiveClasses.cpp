@@ -1,4 +1,4 @@
-#include "Imaging/ArchiveClasses.h"
+#include "Imaging/Archive/ArchiveClasses.h"
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"

@@ -1,11 +1,11 @@
-#include "Imaging/ConvolutionRows.h"
+#include "Imaging/Pixels/ConvolutionRows.h"
 
-#include "Imaging/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionWorkers.h"
 
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/ConvolutionRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/ConvolutionRows.cpp"
 #include "hwy/foreach_target.h"
 
 #include "hwy/highway.h"

@@ -1,6 +1,6 @@
-#include "Imaging/MaskWorkers.h"
+#include "Imaging/Pixels/MaskWorkers.h"
 
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
 namespace Imaging::Plain {
 

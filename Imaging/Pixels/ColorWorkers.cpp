@@ -1,6 +1,6 @@
-#include "Imaging/ColorWorkers.h"
+#include "Imaging/Pixels/ColorWorkers.h"
 
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "Imaging/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionWorkers.h"
 
-#include "Tests/Imaging/ConvolutionFixtures.h"
+#include "Tests/Imaging/Pixels/ConvolutionFixtures.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // The vector code against the plain arithmetic, on every target that the machine supports.
 
-#include "Imaging/ConvolutionRows.h"
+#include "Imaging/Pixels/ConvolutionRows.h"
 
-#include "Imaging/ConvolutionPasses.h"
 #include "Imaging/Kernel.h"
-#include "Tests/Imaging/ConvolutionFixtures.h"
+#include "Imaging/Pixels/ConvolutionPasses.h"
+#include "Tests/Imaging/Pixels/ConvolutionFixtures.h"
 
 #include <gtest/gtest.h>
 #include <hwy/targets.h>

@@ -3,7 +3,7 @@
 // Internal: whole convolutions on two threads, by vector code where a kernel lies within the picture. The
 // result is bit for bit that of the workers of ConvolutionWorkers.h. Not installed.
 
-#include "Imaging/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionWorkers.h"
 
 namespace Imaging {
 

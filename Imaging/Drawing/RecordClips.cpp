@@ -1,4 +1,4 @@
-#include "Imaging/RecordClips.h"
+#include "Imaging/Drawing/RecordClips.h"
 
 #include "Platform/Graphics/BezierPath.h"
 

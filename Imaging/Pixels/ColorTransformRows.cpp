@@ -1,14 +1,14 @@
 // The colour transform with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/ColorWorkers.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
 #include <array>
 #include <cstddef>
 #include <optional>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/ColorTransformRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/ColorTransformRows.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 

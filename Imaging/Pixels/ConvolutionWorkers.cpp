@@ -1,4 +1,4 @@
-#include "Imaging/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionWorkers.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "Imaging/TransitionParts.h"
+#include "Imaging/TransitionParts/TransitionParts.h"
 
 #include "Imaging/Canvas.h"
 #include "Imaging/Geometry.h"

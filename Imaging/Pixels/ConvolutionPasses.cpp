@@ -1,7 +1,7 @@
-#include "Imaging/ConvolutionPasses.h"
+#include "Imaging/Pixels/ConvolutionPasses.h"
 
-#include "Imaging/ConvolutionRows.h"
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/ConvolutionRows.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 #include "hwy/aligned_allocator.h"
 
 #include <algorithm>

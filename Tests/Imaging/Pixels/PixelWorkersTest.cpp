@@ -1,7 +1,7 @@
 // The two threads of a pixel operation: how many there are, what each gets, and what happens when the system
 // has none left.
 
-#include "Imaging/PixelWorkers.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
 
