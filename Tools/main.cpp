@@ -1,7 +1,7 @@
 // The command `imaging`: tells about pictures, draws them, archives them and lays them out.
 
-#include "Tools/CommandLine.h"
-#include "Tools/Process.h"
+#include "Tools/Command/CommandLine.h"
+#include "Tools/Command/Process.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "Tests/Tools/Command.h"
-#include "Tests/Tools/Rasterized.h"
-#include "Tests/Tools/TestPictures.h"
+#include "Tests/Tools/Support/Command.h"
+#include "Tests/Tools/Support/Rasterized.h"
+#include "Tests/Tools/Support/TestPictures.h"
 
 #include <gmock/gmock.h>
 

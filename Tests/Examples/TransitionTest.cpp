@@ -1,5 +1,5 @@
-#include "Tests/Tools/Command.h"
-#include "Tests/Tools/TestPictures.h"
+#include "Tests/Tools/Support/Command.h"
+#include "Tests/Tools/Support/TestPictures.h"
 
 #include <gmock/gmock.h>
 

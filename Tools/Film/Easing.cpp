@@ -1,6 +1,6 @@
 #include "Tools/Film/Easing.h"
 
-#include "Tools/Values.h"
+#include "Tools/Command/Values.h"
 
 #include <utility>
 #include <vector>

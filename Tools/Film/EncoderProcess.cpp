@@ -1,7 +1,7 @@
 #include "Tools/Film/EncoderProcess.h"
 
-#include "Tools/Process.h"
-#include "Tools/Threads.h"
+#include "Tools/Command/Process.h"
+#include "Tools/Command/Threads.h"
 
 #include <algorithm>
 #include <array>

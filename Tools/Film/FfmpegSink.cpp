@@ -1,9 +1,9 @@
 #include "Tools/Film/FfmpegSink.h"
 
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Process.h"
 #include "Tools/Film/EncoderProcess.h"
 #include "Tools/Film/FilmFile.h"
-#include "Tools/Messages.h"
-#include "Tools/Process.h"
 
 #include <filesystem>
 #include <optional>

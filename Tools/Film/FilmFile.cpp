@@ -1,8 +1,8 @@
 #include "Tools/Film/FilmFile.h"
 
 #include "Platform/Foundation/Data.h"
-#include "Tools/Messages.h"
-#include "Tools/Process.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Process.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
 #include "Tools/Film/FilmFrames.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Tools/Canvas.h"
 #include "Tools/Film/FrameQueue.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 #include "Tools/Film/FilmOutput.h"
 
+#include "Tools/Command/Messages.h"
+#include "Tools/Files/Output.h"
 #include "Tools/Film/FfmpegSink.h"
 #include "Tools/Film/NumberedFramesSink.h"
 #include "Tools/Film/RawSink.h"
-#include "Tools/Messages.h"
-#include "Tools/Output.h"
 
 #include <CLI/CLI.hpp>
 

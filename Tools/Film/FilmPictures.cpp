@@ -1,6 +1,6 @@
 #include "Tools/Film/FilmPictures.h"
 
-#include "Tools/Threads.h"
+#include "Tools/Command/Threads.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,9 +1,9 @@
 #include "Tools/Film/FilmProgress.h"
 
-#include "Tools/Messages.h"
-#include "Tools/Output.h"
-#include "Tools/Progress.h"
-#include "Tools/Threads.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Progress.h"
+#include "Tools/Command/Threads.h"
+#include "Tools/Files/Output.h"
 
 #include <nlohmann/json.hpp>
 

@@ -2,7 +2,7 @@
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
-#include "Tools/Canvas.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,7 @@
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Tools/Film/FilmFrames.h"
 #include "Tools/Film/Show.h"
-#include "Tools/SheetLayout.h"
+#include "Tools/Pictures/SheetLayout.h"
 
 #include <cstdint>
 #include <functional>

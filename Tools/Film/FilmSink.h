@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/Values.h"
+#include "Tools/Command/Values.h"
 
 #include <cstdint>
 #include <memory>

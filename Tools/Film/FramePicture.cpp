@@ -3,11 +3,11 @@
 #include "Imaging/CachedImage.h"
 #include "Imaging/CropAndScale.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Tools/Canvas.h"
-#include "Tools/Graph.h"
-#include "Tools/Input.h"
-#include "Tools/Messages.h"
-#include "Tools/Output.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Pictures/Canvas.h"
+#include "Tools/Pictures/Graph.h"
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Pixels/PixelBuffer.h"
-#include "Tools/Threads.h"
+#include "Tools/Command/Threads.h"
 
 #include <algorithm>
 #include <cairo.h>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Tools/Command/Values.h"
 #include "Tools/Film/FilmSink.h"
-#include "Tools/Values.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -2,9 +2,9 @@
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Data.h"
-#include "Tools/Messages.h"
-#include "Tools/Process.h"
-#include "Tools/Threads.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Process.h"
+#include "Tools/Command/Threads.h"
 
 #include <algorithm>
 #include <array>

@@ -2,11 +2,11 @@
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/KeyedArchiver.h"
-#include "Tools/Graph.h"
-#include "Tools/Input.h"
-#include "Tools/Messages.h"
-#include "Tools/Progress.h"
-#include "Tools/Threads.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Progress.h"
+#include "Tools/Command/Threads.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Pictures/Graph.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,9 +1,9 @@
 #include "Tools/Film/RawSink.h"
 
 #include "Platform/Foundation/Data.h"
+#include "Tools/Command/Process.h"
+#include "Tools/Files/Output.h"
 #include "Tools/Film/FilmFile.h"
-#include "Tools/Output.h"
-#include "Tools/Process.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,5 +1,5 @@
+#include "Tools/Command/Messages.h"
 #include "Tools/Film/Show.h"
-#include "Tools/Messages.h"
 
 #include <algorithm>
 #include <cmath>

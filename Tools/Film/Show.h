@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Platform/Graphics/Color.h"
+#include "Tools/Command/Values.h"
 #include "Tools/Film/Easing.h"
 #include "Tools/Film/TransitionKinds.h"
-#include "Tools/Operations.h"
-#include "Tools/Values.h"
+#include "Tools/Pictures/Operations.h"
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
 #include "Tools/Film/ShowFile.h"
 
-#include "Tools/Input.h"
-#include "Tools/Messages.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Files/Input.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,10 +1,10 @@
 #include "Tools/Film/ShowOptions.h"
 
+#include "Tools/Command/Messages.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Files/PictureFiles.h"
 #include "Tools/Film/ShowFile.h"
-#include "Tools/Input.h"
-#include "Tools/Messages.h"
-#include "Tools/Output.h"
-#include "Tools/PictureFiles.h"
 
 #include <CLI/CLI.hpp>
 

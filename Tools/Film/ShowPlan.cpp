@@ -1,7 +1,7 @@
 #include "Tools/Film/ShowPlan.h"
 
+#include "Tools/Command/Messages.h"
 #include "Tools/Film/ShowSettings.h"
-#include "Tools/Messages.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,6 +1,6 @@
 #include "Tools/Film/ShowSettings.h"
 
-#include "Tools/Messages.h"
+#include "Tools/Command/Messages.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
+#include "Tools/Command/Messages.h"
 #include "Tools/Film/TransitionKinds.h"
-#include "Tools/Messages.h"
 
 #include <algorithm>
 

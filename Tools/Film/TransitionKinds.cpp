@@ -3,8 +3,8 @@
 #include "Imaging/ApertureTransitions.h"
 #include "Imaging/DirectionalTransitions.h"
 #include "Imaging/Transitions.h"
-#include "Tools/Messages.h"
-#include "Tools/Values.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Values.h"
 
 #include <algorithm>
 #include <charconv>

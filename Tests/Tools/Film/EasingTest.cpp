@@ -1,6 +1,6 @@
 #include "Tools/Film/Easing.h"
 
-#include "Tools/Messages.h"
+#include "Tools/Command/Messages.h"
 
 #include <gmock/gmock.h>
 

@@ -2,11 +2,11 @@
 #include "Platform/Graphics/Color.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
-#include "Tests/Tools/TestPictures.h"
+#include "Tests/Tools/Support/TestPictures.h"
+#include "Tools/Command/Messages.h"
 #include "Tools/Film/FilmPictures.h"
 #include "Tools/Film/FrameQueue.h"
 #include "Tools/Film/NumberedFramesSink.h"
-#include "Tools/Messages.h"
 
 #include <gtest/gtest.h>
 

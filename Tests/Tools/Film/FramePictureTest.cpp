@@ -3,9 +3,9 @@
 #include "Imaging/CachedImage.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
-#include "Tests/Tools/TestPictures.h"
-#include "Tools/Canvas.h"
-#include "Tools/Messages.h"
+#include "Tests/Tools/Support/TestPictures.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <gmock/gmock.h>
 

@@ -1,0 +1,68 @@
+#include "Tools/Command/Subcommand.h"
+
+#include "Platform/Foundation/URLLoading.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Values.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace Tool {
+
+namespace {
+
+/// Every single limit on time is at most the one that was asked for, so that the whole takes no longer.
+void limitTransfers(double seconds) {
+    Platform::URLLimits limits = Platform::urlLimits();
+    limits.totalTimeout = std::chrono::milliseconds(std::max(1LL, static_cast<long long>(seconds * 1000)));
+    limits.connectTimeout = std::min(limits.connectTimeout, limits.totalTimeout);
+    limits.stallTimeout = std::min(limits.stallTimeout, limits.totalTimeout);
+    Platform::setURLLimits(limits);
+}
+
+} // namespace
+
+Subcommand::~Subcommand() = default;
+
+void Subcommand::declareAll(CLI::App& app) {
+    declare(app);
+    app.add_option("--timeout", m_timeout, "Give up on a URL after so many seconds (300)")
+        ->type_name("SECONDS");
+    app.add_option("--max-download", m_max_download, "Give up on a URL that sends more than this (1024)")
+        ->type_name("MIB");
+    app.add_flag("-q,--quiet", m_quiet, "Show no progress, also on a terminal")->disable_flag_override();
+}
+
+void Subcommand::setOperands(std::vector<std::string> operands) { m_operands = std::move(operands); }
+
+ExitStatus Subcommand::runWithLimits() {
+    if (!m_timeout.empty()) limitTransfers(parseSeconds(m_timeout, "--timeout"));
+    if (!m_max_download.empty()) {
+        Platform::URLLimits limits = Platform::urlLimits();
+        limits.maximumBytes =
+            static_cast<std::uint64_t>(parseNumber(m_max_download, "--max-download", 1, 1 << 20)) << 20;
+        Platform::setURLLimits(limits);
+    }
+    return run();
+}
+
+const std::vector<std::string>& Subcommand::operands(const std::string& what) const {
+    if (m_operands.empty()) throw UsageError(what + " is missing");
+    const bool hasEmpty =
+        std::any_of(m_operands.begin(), m_operands.end(), [](const auto& o) { return o.empty(); });
+    if (hasEmpty) throw UsageError("a name is empty");
+    return m_operands;
+}
+
+void Subcommand::refuseOperands() const {
+    if (!m_operands.empty()) throw UsageError("'" + m_operands[0] + "' is too many: this takes no input");
+}
+
+const std::string& Subcommand::onlyOperand(const std::string& what) const {
+    const std::vector<std::string>& all = operands(what);
+    if (all.size() > 1) throw UsageError("'" + all[1] + "' is one too many: this takes one input only");
+    return all.front();
+}
+
+} // namespace Tool

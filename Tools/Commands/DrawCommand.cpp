@@ -1,0 +1,171 @@
+#include "Imaging/Generators.h"
+#include "Imaging/GraphicsUtilities.h"
+#include "Platform/Graphics/GraphicsContext.h"
+#include "Tools/Command/Progress.h"
+#include "Tools/Command/Subcommand.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Files/Page.h"
+#include "Tools/Pictures/Canvas.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <optional>
+
+namespace Tool {
+
+using Platform::NSColor;
+using Platform::NSRect;
+
+namespace {
+
+const SubcommandText drawText = {
+    "draw", "Draw a picture or graph into a new picture", "[OPTION...] INPUT -o OUTPUT",
+    R"(INPUT is a picture file of any usual format, an http, https or file URL, '-'
+for standard input, or a graph that 'imaging archive' made; which of them is
+told by its content. A picture is drawn the way up that its file declares,
+unless --no-orient is given; pictures inside a graph of several are drawn as
+they are stored.
+
+OUTPUT is a .jpg, .png, .tiff, .gif, .bmp, .jp2, .pdf or .svg file, or '-' for
+standard output, which needs --format. It may be the INPUT. It is written whole
+or not at all, with 8 bits a sample, and without alpha where all of it is
+opaque. JPEG has no alpha: what is transparent becomes white. GIF has at most
+256 colours. PDF and SVG are a page of one point for a pixel, on which pictures
+keep up to 8 of their own pixels a point, and frame and text stay sharp at any
+size.)",
+    R"(  imaging draw photo.jpg -o photo.png
+  imaging draw photo.jpg -o small.jpg --size 800 --quality 80
+  imaging draw photo.jpg -o square.png --size 512x512 --fit cover
+  imaging draw logo.png -o card.jpg --size 1200x630 --background '#204060'
+  imaging draw photo.jpg -o card.pdf --size 360 --frame 6,white --hint Draft
+  imaging draw http://example.com/a.jpg -o - --format png > a.png
+  imaging draw layers.graph -o layers.tif)"};
+
+struct Frame {
+    float width;
+    NSColor color;
+};
+
+/// "WIDTH,COLOR"; nullopt for "".
+std::optional<Frame> parseFrame(const std::string& text, const std::string& option) {
+    if (text.empty()) return std::nullopt;
+    const std::size_t comma = text.find(',');
+    const double width = parseNumbers(text.substr(0, comma), option, 1, "no width in pixels", "12 or 2.5")[0];
+    if (!(width > 0)) throw UsageError(option + ": the width has to be more than 0");
+    if (comma == std::string::npos) {
+        throw UsageError(option + ": '" + text + "' has no colour; give both, as in 12,white or 4,#00000080");
+    }
+    return Frame{static_cast<float>(width), parseColor(text.substr(comma + 1), option)};
+}
+
+/// Covers the inside of a rectangle's edges. A frame wider than half of the rectangle fills it.
+void drawFrame(const Frame& frame, NSRect rect) {
+    const float width = std::min({frame.width, rect.size.width / 2, rect.size.height / 2});
+    Imaging::IMGSimpleFrameGenerator::generatorWithSize(rect.size, frame.color, width)
+        ->drawInRect(rect, Platform::NSCompositeSourceOver, 1.0F, false, nullptr);
+}
+
+class DrawCommand : public Subcommand {
+public:
+    const SubcommandText& text() const override { return drawText; }
+
+protected:
+    void declare(CLI::App& app) override;
+    ExitStatus run() override;
+
+private:
+    /// What the arguments say, checked.
+    struct Plan {
+        OutputFormat format;
+        PixelSize asked;
+        Fit fit = Fit::Contain;
+        NSColor background;
+        std::optional<Frame> frame;
+    };
+
+    Plan plan() const;
+    NSRect drawOnWhole(const Drawing& drawing, PixelSize size, const Plan& plan) const;
+
+    PictureOutput m_output;
+    std::string m_size;
+    std::string m_fit = "contain";
+    std::string m_frame;
+    std::string m_hint;
+};
+
+void DrawCommand::declare(CLI::App& app) {
+    m_output.takesPages = true;
+    m_output.declareWhere(app, "picture", "OUTPUT");
+    app.add_option("--size", m_size,
+                   "The new size in pixels as WxH; W or xH alone keeps\n"
+                   "the shape. Without it the input's own")
+        ->type_name("SIZE");
+    app.add_option("--fit", m_fit,
+                   "How to bring it into another shape: contain (all of\n"
+                   "it, in the middle of the background; the default),\n"
+                   "cover (fill and cut) or stretch")
+        ->type_name("FIT");
+    app.add_option("--frame", m_frame,
+                   "Draw a frame so many pixels wide over the edges of\n"
+                   "the picture, such as 12,white; alpha counts")
+        ->type_name("WIDTH,COLOR");
+    app.add_option("--hint", m_hint,
+                   "Write a text into the middle of the picture, in bold\n"
+                   "light gray of 18 pixels, on one line")
+        ->type_name("TEXT");
+    m_output.declareBackground(app);
+    m_output.declareHow(app);
+}
+
+DrawCommand::Plan DrawCommand::plan() const {
+    Plan plan;
+    plan.format = m_output.checkedFormat();
+    if (!m_size.empty()) plan.asked = parseSize(m_size, "--size", false);
+    plan.fit = parseFit(m_fit, "--fit");
+    plan.background = m_output.backgroundFor(plan.format);
+    plan.frame = parseFrame(m_frame, "--frame");
+    return plan;
+}
+
+/// Gives the rectangle of the whole size.
+NSRect DrawCommand::drawOnWhole(const Drawing& drawing, PixelSize size, const Plan& plan) const {
+    const NSRect whole = {Platform::NSZeroPoint,
+                          {static_cast<float>(size.width), static_cast<float>(size.height)}};
+    if (!plan.format.hasAlpha) paint(whole, NSColor::whiteColor()); // for a background that lets it through
+    paint(whole, plan.background);
+    const NSRect place = drawing.placed(whole, plan.fit);
+    drawing.drawInRect(place);
+    // A picture that covers the size reaches beyond it; its edges are then those that are seen.
+    const NSRect seen = Platform::NSIntersectionRect(place, whole);
+    if (plan.frame.has_value()) drawFrame(*plan.frame, seen);
+    if (!m_hint.empty()) Imaging::HintTextInFrame(seen, m_hint);
+    return whole;
+}
+
+ExitStatus DrawCommand::run() {
+    const std::string& input = onlyOperand("an input");
+    const Plan plan = this->plan();
+
+    Progress progress(1, quiet());
+    progress.beginStep(shownName(input));
+    const Drawing drawing(loadNode(input), input,
+                          m_output.asStored ? Upright::AsStored : Upright::AsDeclared);
+    const PixelSize size = drawing.completed(plan.asked);
+    const auto draw = [this, &drawing, &plan, size] { return drawOnWhole(drawing, size, plan); };
+    const std::string name = shownPath(m_output.path);
+    const std::string advice = "choose a smaller --size";
+    if (plan.format.page != PageFormat::None) {
+        writeOutput(drawnOnPage(plan.format.page, size, name, advice, draw), m_output.path);
+    } else {
+        m_output.write(*drawnOnCanvas(size, name, advice, draw));
+    }
+    return Done;
+}
+
+} // namespace
+
+std::unique_ptr<Subcommand> makeDrawCommand() { return std::make_unique<DrawCommand>(); }
+
+} // namespace Tool

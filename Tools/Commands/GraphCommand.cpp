@@ -1,0 +1,80 @@
+#include "Tools/Command/Subcommand.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Pictures/Graph.h"
+#include "Tools/Pictures/GraphText.h"
+#include "Tools/Pictures/Operations.h"
+#include "Tools/Pictures/Orientation.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Tool {
+
+namespace {
+
+const SubcommandText graphText = {
+    "graph", "Show the nodes of a graph, for those who debug one", "[OPTION...] INPUT [OPERATION...]",
+    R"(INPUT is a graph that 'imaging archive' made, or whatever 'imaging apply' takes.
+What is shown is the graph that 'imaging apply' would draw with the same
+operations: a line for each node, below it its sources in the order in which
+they are drawn. A node that is a source several times gets a number and is
+shown once.
+
+Bounds are X,Y WxH of the rectangle around the node, in pixels, where y grows
+upward from the lower edge of the input. Where a node is placed by a transform
+there follow the rectangle before it and the entries [m11 m12 m21 m22 tX tY]:
+a point (x, y) goes to (m11 x + m21 y + tX, m12 x + m22 y + tY).)",
+    R"(  imaging graph layers.graph
+  imaging graph photo.jpg --turn right --crop 10,10,200,100
+  imaging graph layers.graph --dot | dot -Tsvg > layers.svg)"};
+
+class GraphCommand : public Subcommand {
+public:
+    const SubcommandText& text() const override { return graphText; }
+
+protected:
+    void declare(CLI::App& app) override;
+    ExitStatus run() override;
+
+private:
+    std::shared_ptr<Imaging::IMGImage> graph(const std::string& input, const std::vector<Step>& steps) const;
+
+    OperationOptions m_operations;
+    bool m_dot = false;
+    bool m_as_stored = false;
+};
+
+void GraphCommand::declare(CLI::App& app) {
+    m_operations.declare(app);
+    app.add_flag("--dot", m_dot, "Write it in Graphviz' language")->disable_flag_override();
+    app.add_flag("--no-orient", m_as_stored,
+                 "Leave a picture as it is stored, whatever way up it\n"
+                 "declares")
+        ->disable_flag_override();
+}
+
+/// Without operations a graph is shown even if it could not be drawn.
+std::shared_ptr<Imaging::IMGImage> GraphCommand::graph(const std::string& input,
+                                                       const std::vector<Step>& steps) const {
+    const std::shared_ptr<Imaging::IMGImage> node =
+        orientedNode(loadNode(input), m_as_stored ? Upright::AsStored : Upright::AsDeclared);
+    if (steps.empty()) return node;
+    requireDrawable(node, input);
+    FramedNode picture(node, input);
+    for (const Step& step : steps) step(picture);
+    return picture.node();
+}
+
+ExitStatus GraphCommand::run() {
+    const std::string& input = onlyOperand("an input");
+    const std::vector<Step> steps = m_operations.steps();
+    const std::shared_ptr<Imaging::IMGImage> root = graph(input, steps);
+    writeStandardOutput(m_dot ? dotOf(root) : treeOf(root));
+    return Done;
+}
+
+} // namespace
+
+std::unique_ptr<Subcommand> makeGraphCommand() { return std::make_unique<GraphCommand>(); }
+
+} // namespace Tool

@@ -1,0 +1,179 @@
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Progress.h"
+#include "Tools/Command/Subcommand.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Files/PictureFiles.h"
+#include "Tools/Pictures/Canvas.h"
+#include "Tools/Pictures/SheetLayout.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <optional>
+
+namespace Tool {
+
+using Platform::NSColor;
+using Platform::NSRect;
+
+namespace {
+
+const SubcommandText sheetText = {
+    "sheet", "Lay pictures out on a contact sheet", "[OPTION...] INPUT... -o SHEET",
+    R"(INPUT is a picture file of any usual format, a folder, an http, https or file
+URL, '-' for standard input, or a graph that 'imaging archive' made. A folder
+stands for the pictures in it, told by their content, in the order in which
+people count (IMG_2 before IMG_10); hidden files, folders in it and the SHEET
+itself are left out.
+
+Each picture is drawn the way up that its file declares (unless --no-orient is
+given), as large as it fits into its cell. A picture that cannot be read is
+named at once and no sheet is made, unless --skip-bad is given.
+
+SHEET is a .jpg, .png, .tiff, .gif, .bmp or .jp2 file, or '-' for standard
+output, which needs --format.)",
+    R"(  imaging sheet Pictures -o sheet.png
+  imaging sheet *.jpg -o sheet.jpg --columns 6 --cell 240x240 --quality 85
+  imaging sheet Pictures -o sheet.png --background white --frame 6,#eeeeee
+  imaging sheet Pictures -o sheet.tif --skip-bad --frame none)"};
+
+/// Narrower cells would be nothing but frame, and wider ones cannot be drawn.
+constexpr std::int64_t smallestCell = 16;
+
+class SheetCommand : public Subcommand {
+public:
+    const SubcommandText& text() const override { return sheetText; }
+
+protected:
+    void declare(CLI::App& app) override;
+    ExitStatus run() override;
+
+private:
+    PixelSize checkedCell() const;
+    Frame checkedFrame(PixelSize cell) const;
+    std::vector<std::string> names() const;
+    std::optional<Drawing> drawingFor(const std::string& name) const;
+    std::size_t drawAll(const std::vector<std::string>& names, const SheetLayout& layout,
+                        const Frame& frame) const;
+
+    PictureOutput m_output;
+    std::string m_columns;
+    std::string m_cell = "420x280";
+    std::string m_background = "#363636";
+    std::string m_frame;
+    bool m_skip_bad = false;
+};
+
+void SheetCommand::declare(CLI::App& app) {
+    m_output.declareWhere(app, "sheet", "SHEET");
+    app.add_option("--columns", m_columns,
+                   "Pictures in a row. By default about as many as there\n"
+                   "are rows")
+        ->type_name("N");
+    app.add_option("--cell", m_cell,
+                   "The space for a picture and its frame in pixels\n"
+                   "(420x280)")
+        ->type_name("WxH");
+    app.add_option("--background", m_background,
+                   "The colour between the pictures: #rgb, #rrggbb,\n"
+                   "#rrggbbaa, transparent, or a name such as white,\n"
+                   "black, gray or navy (#363636)")
+        ->type_name("COLOR");
+    app.add_option("--frame", m_frame,
+                   "The mat around each picture: its width in pixels and\n"
+                   "its colour, or none (1/40 of the cell, white)")
+        ->type_name("WIDTH,COLOR");
+    app.add_flag("--skip-bad", m_skip_bad,
+                 "Go on without pictures that cannot be read; they are\n"
+                 "still named")
+        ->disable_flag_override();
+    m_output.declareHow(app);
+}
+
+PixelSize SheetCommand::checkedCell() const {
+    const PixelSize cell = parseSize(m_cell, "--cell", true);
+    if (std::min(cell.width, cell.height) >= smallestCell) return cell;
+    throw UsageError("--cell: '" + m_cell + "' is too small; each side takes at least " +
+                     std::to_string(smallestCell) + " pixels");
+}
+
+Frame SheetCommand::checkedFrame(PixelSize cell) const {
+    const std::int64_t side = std::min(cell.width, cell.height);
+    if (m_frame == "none") return {};
+    if (m_frame.empty()) return {std::max<std::int64_t>(1, side / 40), NSColor::whiteColor()};
+    const std::size_t comma = m_frame.find(',');
+    if (comma == std::string::npos) {
+        throw UsageError("--frame: '" + m_frame +
+                         "' is no frame; give WIDTH,COLOR, such as 8,white, or none");
+    }
+    // At least half of the cell is left for the picture.
+    return {parseNumber(m_frame.substr(0, comma), "--frame", 0, side / 4),
+            parseColor(m_frame.substr(comma + 1), "--frame")};
+}
+
+/// All pictures, with those of the folders in the folders' places.
+std::vector<std::string> SheetCommand::names() const {
+    std::vector<std::string> all;
+    for (const std::string& input : operands("a picture or folder")) {
+        if (isFolder(input)) {
+            const std::vector<std::string> pictures = picturesInFolder(input, m_output.path);
+            all.insert(all.end(), pictures.begin(), pictures.end());
+        } else {
+            all.push_back(input);
+        }
+    }
+    return all;
+}
+
+std::optional<Drawing> SheetCommand::drawingFor(const std::string& name) const {
+    try {
+        return Drawing(loadNode(name), name, m_output.asStored ? Upright::AsStored : Upright::AsDeclared);
+    } catch (const Failure& failure) {
+        if (!m_skip_bad) throw;
+        report(failure.subject(), failure.what());
+        return std::nullopt;
+    }
+}
+
+/// Draws one picture after another, of which each is let go of before the next is read. Gives their number.
+std::size_t SheetCommand::drawAll(const std::vector<std::string>& names, const SheetLayout& layout,
+                                  const Frame& frame) const {
+    Progress progress(names.size(), quiet());
+    std::size_t drawn = 0;
+    for (const std::string& name : names) {
+        progress.beginStep(shownName(name));
+        const std::optional<Drawing> drawing = drawingFor(name);
+        if (drawing.has_value()) drawFramed(*drawing, layout.cell(drawn++), frame, layout.gap());
+    }
+    return drawn;
+}
+
+ExitStatus SheetCommand::run() {
+    operands("a picture or folder");
+    const OutputFormat format = m_output.checkedFormat();
+    const PixelSize cell = checkedCell();
+    const Frame frame = checkedFrame(cell);
+    const NSColor background = parseColor(m_background, "--background");
+    const std::int64_t columns = m_columns.empty() ? 0 : parseNumber(m_columns, "--columns", 1, 1000);
+
+    const std::vector<std::string> pictures = names();
+    const SheetLayout layout(pictures.size(), cell, columns);
+    const auto bitmap = drawnOnCanvas(
+        layout.size(), shownPath(m_output.path), "choose a smaller --cell or make several sheets", [&] {
+            const NSRect whole = layout.used(pictures.size());
+            if (!format.hasAlpha) paint(whole, NSColor::whiteColor());
+            paint(whole, background);
+            const std::size_t drawn = drawAll(pictures, layout, frame);
+            if (drawn == 0) throw Failure(shownPath(m_output.path), "none of the pictures can be read");
+            return layout.used(drawn);
+        });
+    m_output.write(*bitmap);
+    return Done;
+}
+
+} // namespace
+
+std::unique_ptr<Subcommand> makeSheetCommand() { return std::make_unique<SheetCommand>(); }
+
+} // namespace Tool

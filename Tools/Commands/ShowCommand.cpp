@@ -1,0 +1,226 @@
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Subcommand.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Film/FilmFrames.h"
+#include "Tools/Film/FilmOutput.h"
+#include "Tools/Film/FilmPictures.h"
+#include "Tools/Film/FilmProgress.h"
+#include "Tools/Film/FilmSheet.h"
+#include "Tools/Film/FramePicture.h"
+#include "Tools/Film/FrameQueue.h"
+#include "Tools/Film/PictureCheck.h"
+#include "Tools/Film/ShowOptions.h"
+#include "Tools/Film/ShowPlan.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <optional>
+#include <unistd.h>
+
+namespace Tool {
+
+namespace {
+
+const SubcommandText showText = {
+    "show", "Make a film of pictures", "[OPTION...] INPUT... -o FILM",
+    R"(INPUT is a picture file of any usual format, a folder, an http, https or file
+URL, a graph that 'imaging archive' made, or one show file, which describes a
+whole film ('-' for one on standard input; docs/show-file.md says what it
+holds). A folder stands for the pictures in it, in
+the order in which people count (IMG_2 before IMG_10).
+
+FILM is a .mp4, .mkv, .webm or .gif file, which the program ffmpeg encodes, or
+a FOLDER/ for numbered pictures (frame-000001.png), which is made where it is
+missing. '-' with --format raw writes frames as they are to standard output.
+
+All pictures are read once before anything is drawn, and those that are bad
+are named; no film is made then, unless --skip-bad is given. When the command
+is stopped nothing of a film is left.
+
+With --frames a part of the film is made whose frames are those of the whole,
+byte for byte, so that several computers can share the work.)",
+    R"(  imaging show Pictures -o film.mp4
+  imaging show *.jpg -o film.webm --transition random --hold 4 --size 1280x720
+  imaging show Pictures -o frames/ --frame-format jpg --frames 1-500
+  imaging show Pictures --transition all --contact-sheet sheet.png
+  imaging show holidays.json -o holidays.mp4 --dry-run
+  imaging show Pictures -o - --format raw | another-program)"};
+
+using Json = nlohmann::ordered_json;
+
+/// Frames of a film, the first one being number 0.
+struct FrameRange {
+    std::uint64_t first = 0;
+    std::uint64_t count = 0;
+};
+
+class ShowCommand : public Subcommand {
+public:
+    const SubcommandText& text() const override { return showText; }
+
+protected:
+    void declare(CLI::App& app) override;
+    ExitStatus run() override;
+
+private:
+    void checkOutputs() const;
+    FrameRange checkedRange(const Schedule& schedule) const;
+    void dropBadPictures(Show& show, const PictureCheck& check) const;
+    void makeAll(const Show& show, const Schedule& schedule, FrameRange range, const PictureCheck& check);
+    void makeFilm(const Show& show, const FilmFrames& frames, FrameRange range, FilmPictures& pictures,
+                  std::uint64_t lastFrame, FilmSheet* sheet) const;
+    void tell(const Json& line) const;
+
+    ShowOptions m_options;
+    FilmOutput m_output;
+    PictureOutput m_sheet;
+    std::string m_frames;
+    bool m_dry_run = false;
+    bool m_json = false;
+    bool m_skip_bad = false;
+};
+
+void ShowCommand::declare(CLI::App& app) {
+    m_output.declare(app);
+    m_options.declare(app);
+    app.add_option("--frames", m_frames,
+                   "Make only these frames of the film, counted from 1,\n"
+                   "such as 1-500")
+        ->type_name("A-B");
+    app.add_option("--contact-sheet", m_sheet.path,
+                   "Also draw a sheet of the film: a .png, .jpg, .tiff\n"
+                   "or the like. Without -o nothing else is made")
+        ->type_name("SHEET");
+    app.add_flag("--dry-run", m_dry_run, "Make nothing, and print when each picture comes")
+        ->disable_flag_override();
+    app.add_flag("--json", m_json, "Tell the progress, or the plan, as lines of JSON")
+        ->disable_flag_override();
+    app.add_flag("--skip-bad", m_skip_bad,
+                 "Go on without pictures that cannot be read; they are\n"
+                 "still named")
+        ->disable_flag_override();
+}
+
+/// What can be told before any file is read.
+void ShowCommand::checkOutputs() const {
+    if (!m_sheet.path.empty()) m_sheet.checkedFormat();
+    if (m_output.takesStandardOutput() && m_json)
+        throw UsageError("--json: standard output takes the film's frames already; leave it out");
+    if (m_sheet.path == "-") throw UsageError("--contact-sheet: the sheet needs a file, not '-'");
+    m_options.settings();
+}
+
+FrameRange ShowCommand::checkedRange(const Schedule& schedule) const {
+    const std::uint64_t all = schedule.frameCount();
+    if (m_frames.empty()) return {0, all};
+    const std::size_t dash = m_frames.find('-');
+    const std::string example = "; give the first and the last one, such as 1-500";
+    if (dash == std::string::npos)
+        throw UsageError("--frames: '" + m_frames + "' is no range of frames" + example);
+    const auto last = static_cast<std::int64_t>(all);
+    const std::int64_t from = parseNumber(m_frames.substr(0, dash), "--frames", 1, last);
+    const std::int64_t to = parseNumber(m_frames.substr(dash + 1), "--frames", 1, last);
+    if (to < from) throw UsageError("--frames: '" + m_frames + "' ends before it begins" + example);
+    return {static_cast<std::uint64_t>(from - 1), static_cast<std::uint64_t>(to - from + 1)};
+}
+
+void ShowCommand::tell(const Json& line) const {
+    if (m_json) writeStandardOutput(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+/// Names all bad pictures. Without --skip-bad, and where no other is left, that is the end.
+void ShowCommand::dropBadPictures(Show& show, const PictureCheck& check) const {
+    const std::vector<BadPicture>& bad = check.badPictures();
+    if (bad.empty()) return;
+    std::erase_if(show.pictures, [&](const ShowPicture& picture) { return check.isBad(picture.name); });
+    const bool goesOn = m_skip_bad && !show.pictures.empty();
+    for (std::size_t i = 0; i < bad.size(); ++i) {
+        // The last one ends the command.
+        if (!goesOn && i + 1 == bad.size()) throw Failure(bad[i].name, bad[i].why);
+        report(bad[i].name, bad[i].why);
+        tell({{"event", "bad-picture"}, {"picture", bad[i].name}, {"why", bad[i].why}});
+    }
+}
+
+void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRange range,
+                           FilmPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
+    const auto addToSheet = [&](const FilmFrames::Frame& frame) {
+        if (sheet != nullptr) sheet->add(frame);
+    };
+    if (m_output.path.empty()) return frames.forEach(pictures, addToSheet);
+    const std::unique_ptr<FilmSink> sink = m_output.open(
+        {show.size, show.rateNumerator, show.rateDenominator, range.first, range.count, show.loop},
+        lastFrame);
+    FrameQueue queue(*sink, show.size);
+    const bool onTerminal = !quiet() && ::isatty(STDERR_FILENO) != 0;
+    const auto form = m_json       ? FilmProgress::Form::JsonLines
+                      : onTerminal ? FilmProgress::Form::Bar
+                                   : FilmProgress::Form::Nothing;
+    FilmProgress progress(form, range.count, [&queue] { return queue.written(); });
+    frames.forEach(pictures, [&](const FilmFrames::Frame& frame) {
+        std::unique_ptr<FrameBuffer> buffer = queue.take();
+        drawFrame(*frame.node, *buffer);
+        queue.give(std::move(buffer), frame.times);
+        addToSheet(frame);
+    });
+    queue.finish();
+    progress.finish();
+    tell({{"event", "done"},
+          {"frames", range.count},
+          {"seconds", std::round(progress.seconds() * 1000) / 1000}});
+}
+
+void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange range,
+                          const PictureCheck& check) {
+    const FilmFrames frames(show, schedule, range.first, range.count);
+    const auto load = [&](std::size_t index) {
+        ShowPicture picture = show.pictures[index];
+        picture.name = check.source(picture.name);
+        try {
+            return framePicture(picture, show);
+        } catch (const Failure& failure) {
+            throw Failure(check.nameOf(failure.subject()), failure.what());
+        }
+    };
+    FilmPictures pictures(frames.pictures(), load);
+    const std::uint64_t lastFrame = schedule.frameCount() - 1;
+    if (m_sheet.path.empty()) return makeFilm(show, frames, range, pictures, lastFrame, nullptr);
+    FilmSheet sheet(show, sheetFrames(schedule, range.first, range.count));
+    const auto bitmap = sheet.drawn(shownPath(m_sheet.path),
+                                    [&] { makeFilm(show, frames, range, pictures, lastFrame, &sheet); });
+    m_sheet.write(*bitmap);
+}
+
+ExitStatus ShowCommand::run() {
+    const std::vector<std::string>& inputs = operands("a picture, folder or show file");
+    checkOutputs();
+    Show show = m_options.show(inputs, {m_output.path, m_sheet.path});
+    if (!m_output.path.empty() || (m_sheet.path.empty() && !m_dry_run)) m_output.check(show.size);
+    if (m_dry_run) {
+        const Schedule schedule(show);
+        checkedRange(schedule);
+        writeStandardOutput(m_json ? dryRunJson(show, schedule) : dryRunText(show, schedule));
+        return Done;
+    }
+    checkedRange(Schedule(show));
+    const PictureCheck check(show.pictures, quiet());
+    dropBadPictures(show, check);
+    const Schedule schedule(show);
+    const FrameRange range = checkedRange(schedule);
+    tell({{"event", "start"},
+          {"frames", range.count},
+          {"firstFrame", range.first + 1},
+          {"width", show.size.width},
+          {"height", show.size.height},
+          {"pictures", show.pictures.size()}});
+    makeAll(show, schedule, range, check);
+    return Done;
+}
+
+} // namespace
+
+std::unique_ptr<Subcommand> makeShowCommand() { return std::make_unique<ShowCommand>(); }
+
+} // namespace Tool

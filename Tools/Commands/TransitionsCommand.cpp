@@ -1,0 +1,116 @@
+#include "Tools/Command/Subcommand.h"
+#include "Tools/Files/Output.h"
+#include "Tools/Film/TransitionKinds.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace Tool {
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+const SubcommandText transitionsText = {
+    "transitions", "List the transitions from one picture to the next", "[OPTION...]",
+    R"(Each transition stands with its parameters, what they can be, and in brackets
+what they are when nothing is said. They are written behind its name, as in
+slide:direction=up:inout=out.)",
+    R"(  imaging transitions
+  imaging transitions --json)"};
+
+std::string numberText(double number) { return std::to_string(static_cast<int>(number)); }
+
+/// What a parameter can be, in words.
+std::string rangeText(const TransitionParameter& parameter) {
+    std::string words;
+    switch (parameter.type) {
+    case TransitionParameter::Type::Color:
+        return "COLOR";
+    case TransitionParameter::Type::Number:
+        return numberText(parameter.low) + "..." + numberText(parameter.high);
+    default:
+        for (const std::string& word : parameter.words) words += (words.empty() ? "" : "|") + word;
+        return words;
+    }
+}
+
+std::string listText() {
+    std::size_t width = 0;
+    for (const TransitionKind& kind : transitionKinds()) width = std::max(width, kind.name.size() + 2);
+    const std::string margin(width, ' ');
+    std::string text;
+    for (const TransitionKind& kind : transitionKinds()) {
+        text += kind.name + margin.substr(kind.name.size()) + kind.summary + "\n";
+        if (!whyNotDrawn(kind).empty()) text += margin + "It " + whyNotDrawn(kind) + "\n";
+        for (const TransitionParameter& parameter : kind.parameters) {
+            text += margin + "  " + parameter.name + "=" + rangeText(parameter) + " (" + parameter.byDefault +
+                    ")\n" + margin + "    " + parameter.help + "\n";
+        }
+    }
+    return text;
+}
+
+Json jsonOf(const TransitionParameter& parameter) {
+    Json json;
+    json["name"] = parameter.name;
+    json["help"] = parameter.help;
+    json["default"] = parameter.byDefault;
+    switch (parameter.type) {
+    case TransitionParameter::Type::Word:
+        json["type"] = "word";
+        json["words"] = parameter.words;
+        break;
+    case TransitionParameter::Type::Color:
+        json["type"] = "color";
+        break;
+    case TransitionParameter::Type::Number:
+        json["type"] = "number";
+        json["low"] = parameter.low;
+        json["high"] = parameter.high;
+        break;
+    }
+    return json;
+}
+
+std::string listJson() {
+    Json list = Json::array();
+    for (const TransitionKind& kind : transitionKinds()) {
+        Json json;
+        json["name"] = kind.name;
+        json["summary"] = kind.summary;
+        json["available"] = whyNotDrawn(kind).empty();
+        json["parameters"] = Json::array();
+        for (const TransitionParameter& parameter : kind.parameters)
+            json["parameters"].push_back(jsonOf(parameter));
+        list.push_back(std::move(json));
+    }
+    return list.dump(2) + "\n";
+}
+
+class TransitionsCommand : public Subcommand {
+public:
+    const SubcommandText& text() const override { return transitionsText; }
+
+protected:
+    void declare(CLI::App& app) override {
+        app.add_flag("--json", m_json, "Write a JSON array")->disable_flag_override();
+    }
+
+    ExitStatus run() override {
+        refuseOperands();
+        writeStandardOutput(m_json ? listJson() : listText());
+        return Done;
+    }
+
+private:
+    bool m_json = false;
+};
+
+} // namespace
+
+std::unique_ptr<Subcommand> makeTransitionsCommand() { return std::make_unique<TransitionsCommand>(); }
+
+} // namespace Tool

@@ -1,0 +1,216 @@
+#include "Tools/Files/Output.h"
+
+#include "Tools/Command/Messages.h"
+#include "Tools/Command/Process.h"
+#include "Tools/Command/Values.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+
+namespace Tool {
+
+using Platform::ByteView;
+using Platform::NSBitmapImageRep;
+using Platform::NSData;
+using Platform::NSError;
+
+namespace {
+
+struct Suffix {
+    std::string_view word;
+    OutputFormat format;
+};
+
+constexpr OutputFormat jpeg = {Platform::NSJPEGFileType, false, true};
+constexpr OutputFormat png = {Platform::NSPNGFileType, true, false};
+constexpr OutputFormat tiff = {Platform::NSTIFFFileType, true, false};
+constexpr OutputFormat jpeg2000 = {Platform::NSJPEG2000FileType, true, true};
+constexpr OutputFormat gif = {Platform::NSGIFFileType, true, false};
+constexpr OutputFormat bmp = {Platform::NSBMPFileType, true, false};
+constexpr OutputFormat pdf = {0, true, false, PageFormat::PDF};
+constexpr OutputFormat svg = {0, true, false, PageFormat::SVG};
+constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg},    Suffix{"png", png},
+                                 Suffix{"tif", tiff}, Suffix{"tiff", tiff},    Suffix{"gif", gif},
+                                 Suffix{"bmp", bmp},  Suffix{"jp2", jpeg2000}, Suffix{"pdf", pdf},
+                                 Suffix{"svg", svg}};
+
+std::optional<OutputFormat> formatNamed(std::string word) {
+    for (char& c : word) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    for (const Suffix& suffix : suffixes) {
+        if (suffix.word == word) return suffix.format;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> formatWords(const std::string& prefix, bool withPages) {
+    std::vector<std::string> words;
+    for (const Suffix& suffix : suffixes) {
+        if (withPages || suffix.format.page == PageFormat::None)
+            words.push_back(prefix + std::string(suffix.word));
+    }
+    return words;
+}
+
+/// The format that was asked for by `option`, if the subcommand writes it.
+OutputFormat permitted(const OutputFormat& format, const std::string& option, bool withPages) {
+    if (withPages || format.page == PageFormat::None) return format;
+    throw UsageError(option + ": only 'imaging draw' writes PDF and SVG; write a picture such as .png here");
+}
+
+OutputFormat formatOf(const PictureOutput& output) {
+    const bool pages = output.takesPages;
+    if (!output.format.empty()) {
+        if (const auto format = formatNamed(output.format))
+            return permitted(*format, "--format " + output.format, pages);
+        throw UsageError("--format: '" + output.format + "' cannot be written; known are " +
+                         enumeration(formatWords("", pages)) +
+                         suggestion(output.format, formatWords("", pages)));
+    }
+    if (output.path == "-")
+        throw UsageError("-o -: standard output has no suffix to tell the format by; add --format");
+    const std::string suffix = std::filesystem::path(output.path).extension().string();
+    if (const auto format = suffix.empty() ? std::nullopt : formatNamed(suffix.substr(1)))
+        return permitted(*format, "-o " + output.path, pages);
+    throw UsageError("-o " + output.path +
+                     ": the suffix names no format that can be written; those that work are " +
+                     enumeration(formatWords(".", pages)) + ", or add --format");
+}
+
+bool isOpaque(const NSBitmapImageRep& bitmap) {
+    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const std::uint8_t* row = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();
+        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) {
+            if (row[x * 4 + 3] != 255) return false;
+        }
+    }
+    return true;
+}
+
+/// The colour of a drawn bitmap (8 bits, red, green, blue and alpha) alone; null when memory runs out.
+std::shared_ptr<NSBitmapImageRep> withoutAlpha(const NSBitmapImageRep& bitmap) {
+    Platform::NSBitmapDescription description;
+    description.pixelsWide = bitmap.pixelsWide();
+    description.pixelsHigh = bitmap.pixelsHigh();
+    description.samplesPerPixel = 3;
+    description.hasAlpha = false;
+    std::shared_ptr<NSBitmapImageRep> opaque = NSBitmapImageRep::bitmapWithDescription(description);
+    if (opaque == nullptr) return nullptr;
+    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const std::uint8_t* from = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();
+        std::uint8_t* to = opaque->bitmapData() + static_cast<std::size_t>(y) * opaque->bytesPerRow();
+        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) std::copy_n(from + x * 4, 3, to + x * 3);
+    }
+    return opaque;
+}
+
+/// Writing into devices and pipes may block for ever, so only files are written without interruption.
+bool isFileOrNothing(const std::string& path) {
+    std::error_code failure;
+    const auto status = std::filesystem::status(path, failure);
+    return !std::filesystem::exists(status) || std::filesystem::is_regular_file(status);
+}
+
+} // namespace
+
+std::shared_ptr<NSBitmapImageRep> withoutNeedlessAlpha(const NSBitmapImageRep& bitmap) {
+    return isOpaque(bitmap) ? withoutAlpha(bitmap) : nullptr;
+}
+
+std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
+
+void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const std::string& typeName) {
+    app.add_option("-o,--output", path, "The " + what + " to write; its suffix names the format")
+        ->type_name(typeName);
+    app.add_option("--format", format,
+                   takesPages ? "jpg, png, tiff, gif, bmp, jp2, pdf or svg, whatever\nthe suffix says"
+                              : "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says")
+        ->type_name("FORMAT");
+}
+
+void PictureOutput::declareBackground(CLI::App& app) {
+    app.add_option("--background", background,
+                   "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
+                   "transparent, or a name such as white, black, gray or\n"
+                   "navy. By default transparent, and white for JPEG")
+        ->type_name("COLOR");
+}
+
+void PictureOutput::declareHow(CLI::App& app) {
+    app.add_option("--quality", quality, "Of a JPEG or JPEG 2000, 1 to 100 (90)")->type_name("N");
+    app.add_flag("--no-orient", asStored,
+                 "Draw pictures as they are stored, whatever way up\n"
+                 "they declare")
+        ->disable_flag_override();
+}
+
+OutputFormat PictureOutput::checkedFormat() const {
+    checkOutputPath(path);
+    const OutputFormat chosen = formatOf(*this);
+    if (quality.empty()) return chosen;
+    if (!chosen.hasQuality)
+        throw UsageError("--quality: only JPEG and JPEG 2000 have a quality; leave it out or write a .jpg");
+    parseNumber(quality, "--quality", 1, 100);
+    return chosen;
+}
+
+Platform::NSColor PictureOutput::backgroundFor(const OutputFormat& chosen) const {
+    if (!background.empty()) return parseColor(background, "--background");
+    return chosen.hasAlpha ? Platform::NSColor::clearColor() : Platform::NSColor::whiteColor();
+}
+
+void PictureOutput::write(const NSBitmapImageRep& bitmap) const {
+    Platform::NSImageProperties properties;
+    const std::int64_t percent = quality.empty() ? 90 : parseNumber(quality, "--quality", 1, 100);
+    properties[std::string(Platform::NSImageCompressionFactor)] = static_cast<double>(percent) / 100.0;
+    const std::shared_ptr<NSBitmapImageRep> opaque = withoutNeedlessAlpha(bitmap);
+    const NSBitmapImageRep& written = opaque != nullptr ? *opaque : bitmap;
+    NSError error;
+    const std::optional<NSData> data =
+        written.representationUsingType(checkedFormat().fileType, properties, &error);
+    if (!data.has_value()) throw Failure(shownPath(path), error.message);
+    writeOutput(*data, path);
+}
+
+void checkOutputPath(const std::string& path) {
+    if (path.empty()) throw UsageError("the output is missing: -o FILE, or -o - for standard output");
+    if (path == "-") return;
+    std::error_code failure;
+    const std::filesystem::path output(path);
+    if (std::filesystem::is_directory(output, failure)) throw Failure(path, "this is a folder, not a file");
+    const std::filesystem::path folder = output.parent_path();
+    if (folder.empty() || std::filesystem::is_directory(folder, failure)) return;
+    throw Failure(path, "the folder does not exist; make it first");
+}
+
+void writeOutput(ByteView data, const std::string& path) {
+    NSError error;
+    bool written = false;
+    if (path == "-") {
+        // The descriptor itself, whatever it is: a file is continued where the shell left it.
+        written = Platform::writeToFileAtomically(data, "/dev/fd/1", &error);
+    } else if (isFileOrNothing(path)) {
+        const UninterruptedScope scope;
+        written = Platform::writeToFileAtomically(data, path, &error);
+    } else {
+        written = Platform::writeToFileAtomically(data, path, &error);
+    }
+    if (!written) throw Failure(shownPath(path), error.message);
+}
+
+void writeStandardOutput(std::string_view text) {
+    const auto* bytes = static_cast<const std::uint8_t*>(static_cast<const void*>(text.data()));
+    writeOutput({bytes, text.size()}, "-");
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code failure;
+    return std::filesystem::equivalent(a, b, failure) && !failure;
+}
+
+} // namespace Tool

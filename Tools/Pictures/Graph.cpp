@@ -1,0 +1,136 @@
+#include "Tools/Pictures/Graph.h"
+
+#include "Imaging/CropAndScale.h"
+#include "Imaging/PixelOperation.h"
+#include "Imaging/Transpose.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Files/Input.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace Tool {
+
+using Imaging::IMGImage;
+using Imaging::IMGImageFromNSImage;
+using Platform::NSImage;
+
+namespace {
+
+/// What can be drawn in bearable time if the pictures are small.
+constexpr std::uint64_t maximumWays = 100'000;
+
+/// Visits each node once, first to last source, and gives them in the order in which the walk leaves them:
+/// every node after its sources. Archives may be deep, so the walk keeps its own stack.
+std::vector<std::shared_ptr<IMGImage>> nodesAfterTheirSources(const std::shared_ptr<IMGImage>& root) {
+    struct Step {
+        std::shared_ptr<IMGImage> node;
+        std::size_t next = 0;
+    };
+    std::vector<std::shared_ptr<IMGImage>> left;
+    std::unordered_set<const IMGImage*> seen = {root.get()};
+    std::vector<Step> way = {{root}};
+    while (!way.empty()) {
+        Step& step = way.back();
+        if (step.next == step.node->sources().size()) {
+            left.push_back(std::move(step.node));
+            way.pop_back();
+            continue;
+        }
+        std::shared_ptr<IMGImage> source = step.node->sources()[step.next++];
+        if (seen.insert(source.get()).second) way.push_back({std::move(source)});
+    }
+    return left;
+}
+
+/// Null when the node was unarchived without one.
+std::shared_ptr<NSImage> pictureOf(IMGImageFromNSImage& node) { return node.untransformedImage()->nsImage(); }
+
+} // namespace
+
+std::unordered_map<const IMGImage*, std::uint64_t> waysBelow(const std::shared_ptr<IMGImage>& root) {
+    std::unordered_map<const IMGImage*, std::uint64_t> ways;
+    for (const std::shared_ptr<IMGImage>& node : nodesAfterTheirSources(root)) {
+        std::uint64_t sum = 1;
+        for (const std::shared_ptr<IMGImage>& source : node->sources()) {
+            const std::uint64_t below = ways[source.get()];
+            const bool fits = below <= std::numeric_limits<std::uint64_t>::max() - sum;
+            sum = fits ? sum + below : std::numeric_limits<std::uint64_t>::max();
+        }
+        ways[node.get()] = sum;
+    }
+    return ways;
+}
+
+std::vector<std::shared_ptr<IMGImage>> nodesOf(const std::shared_ptr<IMGImage>& root) {
+    std::vector<std::shared_ptr<IMGImage>> nodes = nodesAfterTheirSources(root);
+    std::reverse(nodes.begin(), nodes.end());
+    return nodes;
+}
+
+std::vector<std::shared_ptr<IMGImageFromNSImage>> picturesOf(const std::shared_ptr<IMGImage>& root) {
+    std::vector<std::shared_ptr<IMGImageFromNSImage>> pictures;
+    for (const std::shared_ptr<IMGImage>& node : nodesAfterTheirSources(root)) {
+        if (auto picture = std::dynamic_pointer_cast<IMGImageFromNSImage>(node)) pictures.push_back(picture);
+    }
+    return pictures;
+}
+
+std::optional<std::string> whyPictureIsMissing(IMGImageFromNSImage& node) {
+    const std::shared_ptr<NSImage> picture = pictureOf(node);
+    if (picture != nullptr && !Platform::NSIsEmptyRect({Platform::NSZeroPoint, picture->size()}))
+        return std::nullopt;
+    if (!node.fileName().has_value()) return "the bytes in the archive are damaged or no picture";
+    std::error_code failure;
+    const auto status = std::filesystem::status(*node.fileName(), failure);
+    if (std::filesystem::is_other(status)) return "this is no ordinary file";
+    Platform::NSError error;
+    // It was tried before, but the reason was not kept.
+    if (NSImage::imageWithContentsOfFile(*node.fileName(), &error) != nullptr)
+        return "it was just being changed";
+    return error.message;
+}
+
+void requirePictures(const std::shared_ptr<IMGImage>& root, const std::string& name) {
+    for (const std::shared_ptr<IMGImageFromNSImage>& node : picturesOf(root)) {
+        const std::optional<std::string> why = whyPictureIsMissing(*node);
+        if (!why.has_value()) continue;
+        const std::string which =
+            node->fileName().has_value() ? "its picture " + *node->fileName() : "a picture in it";
+        throw Failure(shownName(name), which + " cannot be used: " + *why);
+    }
+}
+
+namespace {
+
+/// Nodes that are made over one other node and cannot do without it, though an archive may.
+bool needsSource(const IMGImage& node) {
+    return dynamic_cast<const Imaging::IMGTransposeOp*>(&node) != nullptr ||
+           dynamic_cast<const Imaging::IMGCropAndScale*>(&node) != nullptr ||
+           dynamic_cast<const Imaging::PixelOperation*>(&node) != nullptr;
+}
+
+void requireSources(const std::shared_ptr<IMGImage>& root, const std::string& name) {
+    for (const std::shared_ptr<IMGImage>& node : nodesOf(root)) {
+        if (!node->sources().empty() || !needsSource(*node)) continue;
+        throw Failure(shownName(name), "a node of the graph (" + node->archiveClassName() +
+                                           ") has nothing below it, so it cannot be drawn");
+    }
+}
+
+} // namespace
+
+void requireDrawable(const std::shared_ptr<IMGImage>& root, const std::string& name) {
+    requirePictures(root, name);
+    requireSources(root, name);
+    if (waysBelow(root).at(root.get()) > maximumWays) {
+        throw Failure(shownName(name), "its nodes are shared so often that drawing would take more than " +
+                                           std::to_string(maximumWays) + " steps; make the graph simpler");
+    }
+}
+
+} // namespace Tool

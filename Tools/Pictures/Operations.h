@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Tools/Pictures/FramedNode.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+/// What can be done to pictures on the way, as options that are carried out in the order in which they are
+/// given.
+namespace Tool {
+
+/// One step, ready to be carried out. It throws a Failure when the picture is not fit for it.
+using Step = std::function<void(FramedNode&)>;
+
+/// An operation as people know it. Each is one entry of a table; nothing else has to be changed for one more.
+struct Operation {
+    std::string name;     ///< the option, such as "--rotate"
+    std::string typeName; ///< what its value is called in the help; empty for an option without value
+    std::string help;     ///< in lines of at most 52 characters
+
+    /// Makes a step of the values. Throws a UsageError; reads no files, so that nothing is read before all
+    /// arguments are right (a step may).
+    std::function<Step(const std::string& value, const std::string& modifier)> parse;
+
+    /// An option that follows and says more about it, or empty; its value is empty where it is left out.
+    std::string modifier = {};
+    std::string modifierTypeName = {};
+    std::string modifierHelp = {};
+
+    bool valueIsFile = false; ///< the value names a file
+};
+
+/// The table of those that place, cut and scale.
+const std::vector<Operation>& placingOperations();
+
+/// The table of those that compute new pixels.
+const std::vector<Operation>& pixelOperations();
+
+/// All operations of all tables, in the order of the help.
+std::vector<const Operation*> allOperations();
+
+/// The operations of a command line.
+class OperationOptions {
+public:
+    OperationOptions() = default;
+    OperationOptions(const OperationOptions&) = delete;
+    OperationOptions& operator=(const OperationOptions&) = delete;
+
+    /// Adds an option for each operation to a parser that this object outlives while it parses.
+    void declare(CLI::App& app);
+
+    /// The steps in their order. Throws a UsageError.
+    std::vector<Step> steps() const;
+
+private:
+    struct Given {
+        const Operation* operation;
+        std::string value;
+        std::string modifier;
+    };
+
+    void declare(CLI::App& app, const Operation& operation);
+    void setModifier(const Operation& operation, const std::string& value);
+
+    std::vector<Given> m_given;
+    std::vector<std::string> m_lost_modifiers; ///< complaints, kept until everything is parsed
+};
+
+} // namespace Tool

@@ -1,0 +1,190 @@
+#include "Imaging/BitmapFormats.h"
+#include "Imaging/ColorOperations.h"
+#include "Imaging/Convolution.h"
+#include "Imaging/Kernel.h"
+#include "Imaging/Mask.h"
+#include "Tools/Command/Messages.h"
+#include "Tools/Files/Input.h"
+#include "Tools/Files/KernelFile.h"
+#include "Tools/Pictures/Operations.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace Tool {
+
+using Imaging::IMGBitmapFormat;
+using Imaging::IMGImage;
+
+namespace {
+
+/// How a layout is called in messages.
+std::string layoutName(IMGBitmapFormat layout) {
+    switch (layout) {
+    case Imaging::IMGBitmapFormatGrayscale:
+        return "gray without alpha";
+    case Imaging::IMGBitmapFormatGrayscaleAlpha:
+        return "gray with alpha";
+    case Imaging::IMGBitmapFormatRGB:
+        return "RGB without alpha";
+    case Imaging::IMGBitmapFormatRGBA:
+        return "RGB with alpha";
+    default:
+        return "of an unknown layout";
+    }
+}
+
+/// Nodes leave pictures of layouts that they do not treat black; people are told instead.
+void requireLayout(FramedNode& picture, const std::string& option,
+                   std::initializer_list<IMGBitmapFormat> treated, const std::string& advice) {
+    const IMGBitmapFormat layout = picture.layout();
+    for (const IMGBitmapFormat one : treated) {
+        if (one == layout) return;
+    }
+    throw Failure(shownName(picture.name()), option + ": the picture is " + layoutName(layout) +
+                                                 " there, which cannot be treated; " + advice);
+}
+
+const char* const toRGB = "make an RGB picture without alpha of it first, with 'imaging draw IN --background "
+                          "white -o OUT.jpg', or do this before what makes transparent corners";
+
+Step color(const std::string& value, const std::string&) {
+    const std::vector<double> factors =
+        parseNumbers(value, "--color", 3, "no red, green and blue factor", "R,G,B such as 1.2,1,0.8");
+    return [factors](FramedNode& picture) {
+        const auto factor = [&](std::size_t i) { return static_cast<float>(factors[i]); };
+        picture.recompute();
+        picture.dropNeedlessAlpha();
+        requireLayout(picture, "--color", {Imaging::IMGBitmapFormatRGB}, toRGB);
+        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+            return Imaging::IMGColorTransformOp::colorTransformWithSourceImage(node, factor(0), factor(1),
+                                                                               factor(2), 1);
+        });
+    };
+}
+
+Step hue(const std::string& value, const std::string&) {
+    const double degrees =
+        parseNumbers(value, "--hue", 1, "no angle in degrees", "a number such as 30 or -12.5")[0];
+    // Nodes undo a single turn only.
+    const double radians = std::remainder(degrees, 360) * std::numbers::pi / 180;
+    return [radians](FramedNode& picture) {
+        picture.recompute();
+        requireLayout(picture, "--hue", {Imaging::IMGBitmapFormatRGB, Imaging::IMGBitmapFormatRGBA},
+                      "gray has no hue to turn");
+        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+            return Imaging::IMGHueAdjustOp::hueAdjustWithSourceImage(node, static_cast<float>(radians));
+        });
+    };
+}
+
+Step blur(const std::string& value, const std::string&) {
+    constexpr double largest = 200; // the taps of much wider bells are cut down to 0
+    const double radius =
+        parseNumbers(value, "--blur", 1, "no radius in pixels", "a number such as 2 or 0.7")[0];
+    if (radius < 0 || radius > largest) {
+        throw UsageError("--blur: '" + value +
+                         "' is no radius in pixels; give a number from 0 to 200, such as 2");
+    }
+    return [radius](FramedNode& picture) {
+        picture.recompute();
+        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+            return Imaging::IMGGaussianOp::gaussianWithSourceImage(node, static_cast<float>(radius));
+        });
+    };
+}
+
+Step convolution(const std::function<std::shared_ptr<Imaging::IMGKernel>()>& makeKernel) {
+    return [makeKernel](FramedNode& picture) {
+        const std::shared_ptr<Imaging::IMGKernel> kernel = makeKernel();
+        picture.recompute();
+        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+            return std::make_shared<Imaging::IMGConvolutionOp>(node, kernel);
+        });
+    };
+}
+
+Step sharpen(const std::string&, const std::string&) {
+    return convolution([] { return Imaging::IMGKernel::kernelSharpen(); });
+}
+
+Step kernel(const std::string& path, const std::string&) {
+    return convolution([path] { return kernelOfFile(path); });
+}
+
+std::string inWords(PixelSize size, const std::string& between) {
+    return std::to_string(size.width) + between + std::to_string(size.height);
+}
+
+/// The gray of a picture as a mask of the size that another one has.
+std::shared_ptr<IMGImage> loadMask(const std::string& path, const FramedNode& picture) {
+    FramedNode mask(loadNode(path), path);
+    const PixelSize own = mask.size();
+    const PixelSize needed = picture.size();
+    if (own.width != needed.width || own.height != needed.height) {
+        throw Failure(shownName(path), "--mask: the mask has " + inWords(own, " x ") +
+                                           " pixels, the picture " + inWords(needed, " x ") +
+                                           " there; they must be equal, so scale one of them first, with "
+                                           "'imaging apply MASK --scale " +
+                                           inWords(needed, "x") + " --fit stretch -o OUT.png'");
+    }
+    mask.recompute();
+    return mask.node();
+}
+
+Step mask(const std::string& path, const std::string&) {
+    return [path](FramedNode& picture) {
+        picture.recompute();
+        requireLayout(picture, "--mask",
+                      {Imaging::IMGBitmapFormatGrayscaleAlpha, Imaging::IMGBitmapFormatRGBA},
+                      "a mask needs alpha to work on, so put it on a canvas first, with --canvas " +
+                          inWords(picture.size(), "x"));
+        const std::shared_ptr<IMGImage> maskNode = loadMask(path, picture);
+        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+            return std::make_shared<Imaging::IMGMaskOp>(node, maskNode);
+        });
+    };
+}
+
+} // namespace
+
+const std::vector<Operation>& pixelOperations() {
+    static const std::vector<Operation> operations = {
+        {"--color", "R,G,B",
+         "Multiply red, green and blue, of pictures without\n"
+         "transparency",
+         color},
+        {"--hue", "DEGREES",
+         "Turn the colours on the colour wheel, from red by\n"
+         "way of green to blue",
+         hue},
+        {"--blur", "RADIUS",
+         "Blur it by a Gaussian bell of that radius (sigma) in\n"
+         "pixels",
+         blur},
+        {"--sharpen", "", "Raise each pixel against its neighbours", sharpen},
+        {"--kernel",
+         "FILE",
+         "Convolve it with the whole numbers of a text file, a\n"
+         "line for each row, divided by their sum. A single\n"
+         "line works along both axes",
+         kernel,
+         {},
+         {},
+         {},
+         true},
+        {"--mask",
+         "FILE",
+         "Multiply it, which must have alpha, by the gray of a\n"
+         "picture of the same size: white keeps it, black\n"
+         "makes it transparent",
+         mask,
+         {},
+         {},
+         {},
+         true},
+    };
+    return operations;
+}
+
+} // namespace Tool
