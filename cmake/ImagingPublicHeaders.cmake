@@ -1,58 +1,7 @@
-# The headers that users of the library include: they are installed, and a test compiles each alone.
+# The headers that users of the library include: those that stand at the top of a room, since folders below it are
+# internal, and so is the painter as a whole. They are installed, and a test compiles each alone.
 
-set(IMAGING_PUBLIC_HEADERS
-  Imaging/ApertureTransitions.h
-  Imaging/Bezier.h
-  Imaging/BitmapFormats.h
-  Imaging/Bounds.h
-  Imaging/CachedImage.h
-  Imaging/Canvas.h
-  Imaging/CocoaGraphicsContext.h
-  Imaging/ColorFunction.h
-  Imaging/ColorOperations.h
-  Imaging/Convolution.h
-  Imaging/CropAndScale.h
-  Imaging/DirectionalTransitions.h
-  Imaging/DrawingTarget.h
-  Imaging/Generators.h
-  Imaging/Geometry.h
-  Imaging/GraphicsContext.h
-  Imaging/GraphicsUtilities.h
-  Imaging/Image.h
-  Imaging/Imaging.h
-  Imaging/Kernel.h
-  Imaging/Mask.h
-  Imaging/Matrix4.h
-  Imaging/PathShapes.h
-  Imaging/PixelOperation.h
-  Imaging/PolygonClipping.h
-  Imaging/TransformOperations.h
-  Imaging/Transitions.h
-  Imaging/Transpose.h
-  Platform/Clipper/PolygonClipper.h
-  Platform/Codecs/Codec.h
-  Platform/Foundation/AffineTransform.h
-  Platform/Foundation/AssertionHandler.h
-  Platform/Foundation/Coder.h
-  Platform/Foundation/Data.h
-  Platform/Foundation/Error.h
-  Platform/Foundation/Exception.h
-  Platform/Foundation/Export.h
-  Platform/Foundation/Geometry.h
-  Platform/Foundation/KeyedArchiver.h
-  Platform/Foundation/LocalizedString.h
-  Platform/Foundation/Log.h
-  Platform/Foundation/MainThread.h
-  Platform/Pixels/PixelBuffer.h
-  Platform/Foundation/Resources.h
-  Platform/Foundation/URL.h
-  Platform/Foundation/URLLoading.h
-  Platform/Graphics/Appearance.h
-  Platform/Graphics/BezierPath.h
-  Platform/Graphics/BitmapImageRep.h
-  Platform/Graphics/Color.h
-  Platform/Graphics/CoreGraphics.h
-  Platform/Graphics/GraphicsContext.h
-  Platform/Graphics/Image.h
-  Platform/Graphics/Text.h
-)
+file(GLOB IMAGING_PUBLIC_HEADERS CONFIGURE_DEPENDS RELATIVE "${PROJECT_SOURCE_DIR}"
+  "${PROJECT_SOURCE_DIR}/Imaging/*.h"
+  "${PROJECT_SOURCE_DIR}/Platform/*/*.h")
+list(FILTER IMAGING_PUBLIC_HEADERS EXCLUDE REGEX "^Platform/Painter/")
