@@ -58,7 +58,7 @@ Polygon around() { return polygonOf({{-200, -200}, {203, -190}, {210, 201}, {-50
 std::function<void()> intersection(const Polygon& subject, const Polygon& clip) {
     return [subject, clip] {
         gpc_owned_polygon result;
-        gpc_polygon_clip(Platform::GPC_INT, subject.get(), clip.get(), &result);
+        gpc_polygon_clip(Imaging::Platform::GPC_INT, subject.get(), clip.get(), &result);
         benchmark::DoNotOptimize(result.num_contours);
     };
 }
@@ -86,9 +86,10 @@ std::function<void()> clipping(float degrees) {
         NSAffineTransform transform;
         transform.rotateByDegrees(degrees);
         gpc_owned_polygon polygon;
-        AddRectToPolygon(&polygon, Platform::NSMakeRect(-8.5e37F, -8.5e37F, 1.7e38F, 1.7e38F));
-        ClipPolygonToTransformedRect(&polygon, Platform::NSMakeRect(0, 0, 1920, 1080), transform);
-        ClipPolygonToTransformedRect(&polygon, Platform::NSMakeRect(100, 100, 1920, 1080), transform);
+        AddRectToPolygon(&polygon, Imaging::Platform::NSMakeRect(-8.5e37F, -8.5e37F, 1.7e38F, 1.7e38F));
+        ClipPolygonToTransformedRect(&polygon, Imaging::Platform::NSMakeRect(0, 0, 1920, 1080), transform);
+        ClipPolygonToTransformedRect(&polygon, Imaging::Platform::NSMakeRect(100, 100, 1920, 1080),
+                                     transform);
         benchmark::DoNotOptimize(polygon.num_contours);
     };
 }

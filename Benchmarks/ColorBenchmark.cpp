@@ -53,8 +53,8 @@ void compareStrips(const std::string& name, const std::string& who, const Input&
 void compareCopies(const std::string& name, const Input& picture, double target) {
     compare(
         name, "memcpy", [picture] { copyIntoFreshMemory(*picture); }, target);
-    const auto kept =
-        std::make_shared<Platform::PixelBuffer>(Platform::PixelBuffer::zeroed(picture->bytes()));
+    const auto kept = std::make_shared<Imaging::Platform::PixelBuffer>(
+        Imaging::Platform::PixelBuffer::zeroed(picture->bytes()));
     compare(name, "memcpy-kept", [picture, kept] {
         std::memcpy(kept->data(), picture->data(), picture->bytes());
         benchmark::ClobberMemory();

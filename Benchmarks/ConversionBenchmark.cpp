@@ -17,7 +17,7 @@
 #include <string>
 
 using namespace Imaging;
-using Platform::PixelBuffer;
+using Imaging::Platform::PixelBuffer;
 
 namespace {
 
@@ -52,9 +52,10 @@ const Bitmap& bitmapOf(IMGBitmapFormat format) {
 Bitmap converted(IMGBitmapFormat from, IMGBitmapFormat to, bool swizzled) {
     const bool gray = to == IMGBitmapFormatGrayscale || to == IMGBitmapFormatGrayscaleAlpha;
     const bool alpha = to == IMGBitmapFormatGrayscaleAlpha || to == IMGBitmapFormatRGBA;
-    return bitmapRepresentationWithSize(
-        *bitmapOf(from), {width, height}, 8, samplesOf(to), alpha, false,
-        gray ? Platform::NSCalibratedWhiteColorSpace : Platform::NSCalibratedRGBColorSpace, swizzled);
+    return bitmapRepresentationWithSize(*bitmapOf(from), {width, height}, 8, samplesOf(to), alpha, false,
+                                        gray ? Imaging::Platform::NSCalibratedWhiteColorSpace
+                                             : Imaging::Platform::NSCalibratedRGBColorSpace,
+                                        swizzled);
 }
 
 cv::Mat matOf(IMGBitmapFormat format) {
@@ -111,12 +112,15 @@ void compareConversion(const Conversion& conversion) {
 void compareHeldConversion(const Conversion& conversion) {
     const std::string name = conversion.name + ", held";
     const Bitmap result = converted(conversion.from, conversion.to, conversion.swizzled);
-    const Platform::SourcePixels source = Platform::sourcePixels(*bitmapOf(conversion.from));
-    const Platform::PixelLayout sourceLayout = Platform::pixelLayout(*bitmapOf(conversion.from));
-    Platform::PixelLayout resultLayout = Platform::pixelLayout(*result);
-    if (conversion.swizzled) resultLayout.alpha = Platform::PixelAlpha::First;
+    const Imaging::Platform::SourcePixels source =
+        Imaging::Platform::sourcePixels(*bitmapOf(conversion.from));
+    const Imaging::Platform::PixelLayout sourceLayout =
+        Imaging::Platform::pixelLayout(*bitmapOf(conversion.from));
+    Imaging::Platform::PixelLayout resultLayout = Imaging::Platform::pixelLayout(*result);
+    if (conversion.swizzled) resultLayout.alpha = Imaging::Platform::PixelAlpha::First;
     Benchmarks::compare(name, Benchmarks::ours, [=] {
-        Platform::carryPixels(source, sourceLayout, Platform::targetPixels(*result), resultLayout);
+        Imaging::Platform::carryPixels(source, sourceLayout, Imaging::Platform::targetPixels(*result),
+                                       resultLayout);
     });
     const int moved = std::max(samplesOf(conversion.from), samplesOf(conversion.to));
     const std::size_t size = pixelCount * static_cast<std::size_t>(moved);
@@ -137,9 +141,9 @@ void compareHeldConversion(const Conversion& conversion) {
 void compareWords() {
     const std::string name = "conversion/RGB to words";
     Benchmarks::compare(name, Benchmarks::ours, [] {
-        const Platform::NSBitmapImageRep& bitmap = *bitmapOf(IMGBitmapFormatRGB);
-        const Platform::CairoSurface surface =
-            Platform::pixelSurfaceOf(Platform::sourcePixels(bitmap), Platform::pixelLayout(bitmap));
+        const Imaging::Platform::NSBitmapImageRep& bitmap = *bitmapOf(IMGBitmapFormatRGB);
+        const Imaging::Platform::CairoSurface surface = Imaging::Platform::pixelSurfaceOf(
+            Imaging::Platform::sourcePixels(bitmap), Imaging::Platform::pixelLayout(bitmap));
         benchmark::DoNotOptimize(cairo_image_surface_get_data(surface.get()));
     });
     compareCopying(name, 4);

@@ -26,14 +26,14 @@ using Imaging::IMGKernel;
 
 /// One picture as ours, OpenCV's and libvips', all on the same memory.
 struct Picture {
-    std::shared_ptr<Platform::NSBitmapImageRep> bitmap;
+    std::shared_ptr<Imaging::Platform::NSBitmapImageRep> bitmap;
     std::shared_ptr<Imaging::IMGImage> node;
     cv::Mat matrix;
     VipsImage* vips = nullptr;
 
     Picture(int width, int height, int samples) {
         const auto format = samples == 3 ? Imaging::IMGBitmapFormatRGB : Imaging::IMGBitmapFormatRGBA;
-        const Platform::NSSize size = {static_cast<float>(width), static_cast<float>(height)};
+        const Imaging::Platform::NSSize size = {static_cast<float>(width), static_cast<float>(height)};
         bitmap = Imaging::initWithSize(size, format);
         std::mt19937 random(20261121);
         const std::size_t count = bitmap->bytesPerRow() * static_cast<std::size_t>(height);
@@ -41,7 +41,7 @@ struct Picture {
             const std::uint32_t word = random();
             std::memcpy(bitmap->bitmapData() + i, &word, 4);
         }
-        const auto picture = std::make_shared<Platform::NSImage>(size);
+        const auto picture = std::make_shared<Imaging::Platform::NSImage>(size);
         picture->addRepresentation(bitmap);
         node = std::make_shared<Imaging::IMGImageFromNSImage>(picture);
         matrix = cv::Mat(height, width, CV_8UC(samples), bitmap->bitmapData(), bitmap->bytesPerRow());
@@ -104,7 +104,7 @@ void toMemory(VipsImage* lazy) {
 }
 
 void copied(const SharedPicture& picture) {
-    auto result = Platform::PixelBuffer::uninitialised(picture->bytes());
+    auto result = Imaging::Platform::PixelBuffer::uninitialised(picture->bytes());
     const int height = static_cast<int>(picture->bitmap->pixelsHigh());
     const std::size_t row = picture->bitmap->bytesPerRow();
     strips(

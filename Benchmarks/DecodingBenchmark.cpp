@@ -14,7 +14,7 @@
 
 namespace {
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 constexpr std::uint32_t width = 6000;
 constexpr std::uint32_t height = 4000;

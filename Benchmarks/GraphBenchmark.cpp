@@ -20,11 +20,11 @@ using Benchmarks::compare;
 using Benchmarks::ours;
 
 std::shared_ptr<IMGImage> pixel() {
-    Platform::NSBitmapDescription description;
+    Imaging::Platform::NSBitmapDescription description;
     description.pixelsWide = 1;
     description.pixelsHigh = 1;
-    const auto picture = std::make_shared<Platform::NSImage>(Platform::NSMakeSize(1, 1));
-    picture->addRepresentation(Platform::NSBitmapImageRep::bitmapWithDescription(description));
+    const auto picture = std::make_shared<Imaging::Platform::NSImage>(Imaging::Platform::NSMakeSize(1, 1));
+    picture->addRepresentation(Imaging::Platform::NSBitmapImageRep::bitmapWithDescription(description));
     return imagingImage(picture);
 }
 
@@ -37,9 +37,10 @@ std::shared_ptr<IMGImage> chain(std::shared_ptr<IMGImage> source, int nodes) {
 
 /// A canvas of so many translations of the same source.
 std::shared_ptr<IMGImage> canvas(const std::shared_ptr<IMGImage>& source, int nodes) {
-    const auto wide = IMGCanvas::canvasWithSize(Platform::NSMakeSize(100, 100));
+    const auto wide = IMGCanvas::canvasWithSize(Imaging::Platform::NSMakeSize(100, 100));
     for (int i = 0; i < nodes; ++i) {
-        const Platform::NSPoint place = {static_cast<float>(i % 100), static_cast<float>(i / 100 % 100)};
+        const Imaging::Platform::NSPoint place = {static_cast<float>(i % 100),
+                                                  static_cast<float>(i / 100 % 100)};
         wide->addSource(IMGTranslationOp::translationBy(place, source));
     }
     return wide;
@@ -53,10 +54,11 @@ struct Subject {
 };
 
 std::function<void()> drawing(std::shared_ptr<IMGImage> root) {
-    const auto picture = std::make_shared<Platform::NSImage>(Platform::NSMakeSize(100, 100));
+    const auto picture =
+        std::make_shared<Imaging::Platform::NSImage>(Imaging::Platform::NSMakeSize(100, 100));
     return [root, picture] {
-        const Platform::NSImageFocus focus(*picture);
-        root->drawWithTransform(NSAffineTransform(), Platform::NSCompositeSourceOver, 1);
+        const Imaging::Platform::NSImageFocus focus(*picture);
+        root->drawWithTransform(NSAffineTransform(), Imaging::Platform::NSCompositeSourceOver, 1);
     };
 }
 

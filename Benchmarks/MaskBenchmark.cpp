@@ -69,8 +69,8 @@ void compareMasking(Imaging::IMGBitmapFormat format, const std::string& layout) 
         name, "libvips", [picture, mask] { maskWithVips(*picture, *mask); }, 0.3);
     compare(
         name, "memcpy", [picture] { copyIntoFreshMemory(*picture); }, 1.5);
-    const auto kept =
-        std::make_shared<Platform::PixelBuffer>(Platform::PixelBuffer::zeroed(picture->bytes()));
+    const auto kept = std::make_shared<Imaging::Platform::PixelBuffer>(
+        Imaging::Platform::PixelBuffer::zeroed(picture->bytes()));
     compare(name, "memcpy-kept", [picture, kept] {
         std::memcpy(kept->data(), picture->data(), picture->bytes());
         benchmark::ClobberMemory();

@@ -36,7 +36,7 @@ public:
     }
 
     std::shared_ptr<Imaging::IMGImageFromNSImage> node() const {
-        const auto picture = std::make_shared<Platform::NSImage>(m_bitmap->size());
+        const auto picture = std::make_shared<Imaging::Platform::NSImage>(m_bitmap->size());
         picture->addRepresentation(m_bitmap);
         return std::make_shared<Imaging::IMGImageFromNSImage>(picture);
     }
@@ -83,7 +83,7 @@ inline void computeAndFree(VipsImage* image) {
 
 /// The least that any operation must do: the source's bytes into memory that is fresh for each run.
 inline void copyIntoFreshMemory(const OperationInput& input) {
-    auto copy = Platform::PixelBuffer::uninitialised(input.bytes());
+    auto copy = Imaging::Platform::PixelBuffer::uninitialised(input.bytes());
     std::memcpy(copy.data(), input.data(), input.bytes());
     asm volatile("" : : "r"(copy.data()) : "memory");
 }

@@ -12,7 +12,7 @@
 #include <opencv2/imgproc.hpp>
 #include <random>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -33,12 +33,12 @@ constexpr int frames = 50;
 
 /// A picture of smooth colour with a little noise, as photographs have it.
 std::shared_ptr<IMGImage> photograph(unsigned seed) {
-    Platform::NSBitmapDescription description;
+    Imaging::Platform::NSBitmapDescription description;
     description.pixelsWide = width;
     description.pixelsHigh = height;
     description.hasAlpha = false;
     description.samplesPerPixel = 3;
-    const auto bitmap = Platform::NSBitmapImageRep::bitmapWithDescription(description);
+    const auto bitmap = Imaging::Platform::NSBitmapImageRep::bitmapWithDescription(description);
     std::minstd_rand random(seed);
     for (int y = 0; y < height; ++y) {
         std::uint8_t* byte = bitmap->bitmapData() + bitmap->bytesPerRow() * static_cast<std::size_t>(y);
@@ -47,7 +47,7 @@ std::shared_ptr<IMGImage> photograph(unsigned seed) {
             *byte++ = static_cast<std::uint8_t>(smooth + (random() >> 7) % 16);
         }
     }
-    const auto picture = std::make_shared<Platform::NSImage>(frameSize);
+    const auto picture = std::make_shared<Imaging::Platform::NSImage>(frameSize);
     picture->addRepresentation(bitmap);
     return imagingImage(picture);
 }
@@ -58,11 +58,11 @@ public:
     Screen()
         : m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
           m_cairo(cairo_create(m_surface)) {
-        Platform::NSGraphicsContext::setCurrentContext(
-            Platform::NSGraphicsContext::graphicsContextWithCairo(m_cairo, height));
+        Imaging::Platform::NSGraphicsContext::setCurrentContext(
+            Imaging::Platform::NSGraphicsContext::graphicsContextWithCairo(m_cairo, height));
     }
     ~Screen() {
-        Platform::NSGraphicsContext::setCurrentContext(nullptr);
+        Imaging::Platform::NSGraphicsContext::setCurrentContext(nullptr);
         cairo_destroy(m_cairo);
         cairo_surface_destroy(m_surface);
     }
@@ -71,7 +71,7 @@ public:
 
     static void clear() {
         NSColor::blackColor().set();
-        Platform::NSRectFill({Platform::NSZeroPoint, frameSize});
+        Imaging::Platform::NSRectFill({Imaging::Platform::NSZeroPoint, frameSize});
     }
 
 private:
@@ -147,7 +147,7 @@ void drawFilm(const Subject& subject, const Node& from, const Node& to) {
     for (int i = 0; i < frames; ++i) {
         if (subject.addsUp) Screen::clear();
         subject.node(from, to, static_cast<float>(i + 1) / (frames + 1))
-            ->drawWithTransform(NSAffineTransform(), Platform::NSCompositeSourceOver, 1);
+            ->drawWithTransform(NSAffineTransform(), Imaging::Platform::NSCompositeSourceOver, 1);
     }
 }
 

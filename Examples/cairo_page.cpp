@@ -12,7 +12,7 @@
 #include <string>
 
 using namespace Imaging;
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 using namespace Imaging;
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

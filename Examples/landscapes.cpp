@@ -11,7 +11,7 @@
 #include <string>
 
 using namespace Imaging;
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <cstdlib>
 
 using namespace Imaging;
-using namespace Platform;
+using namespace Imaging::Platform;
 
 int main(int argc, char** argv) {
     if (argc != 5) return std::fprintf(stderr, "usage: transition FROM TO WEIGHT OUTPUT.png\n"), 2;

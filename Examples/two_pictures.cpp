@@ -7,7 +7,7 @@
 #include <cstdio>
 
 using namespace Imaging;
-using namespace Platform;
+using namespace Imaging::Platform;
 
 int main(int argc, char** argv) {
     if (argc != 4) return std::fprintf(stderr, "usage: two_pictures BACK FRONT OUT.png\n"), 2;

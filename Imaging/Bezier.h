@@ -4,7 +4,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSBezierPath;
 }
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSImage;
 }
 

@@ -7,12 +7,12 @@
 #include <memory>
 #include <string>
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSBezierPath;
 class NSBitmapImageRep;
 class NSColor;
 class NSView;
-} // namespace Platform
+} // namespace Imaging::Platform
 
 namespace Imaging {
 

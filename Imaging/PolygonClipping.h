@@ -6,10 +6,10 @@
 
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSAffineTransform;
 class NSBezierPath;
-} // namespace Platform
+} // namespace Imaging::Platform
 
 /// What joins rectangles, transforms and paths to the polygon clipper.
 ///

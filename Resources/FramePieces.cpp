@@ -11,7 +11,7 @@
 
 namespace Resources {
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSImage;
 }
 
@@ -14,7 +14,7 @@ namespace Resources {
 
 struct FramePiece {
     std::string name; ///< the file's, without ".png"
-    std::shared_ptr<Platform::NSImage> picture;
+    std::shared_ptr<Imaging::Platform::NSImage> picture;
 };
 
 /// The nine pieces, row by row from the top left one.

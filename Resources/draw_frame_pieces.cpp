@@ -9,7 +9,7 @@
 
 #include <cstdio>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -7,6 +7,6 @@
 #include <vector>
 
 int main(int argc, char** argv) {
-    Tool::prepareProcess();
-    return Tool::runCommandLine(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
+    Imaging::Tool::prepareProcess();
+    return Imaging::Tool::runCommandLine(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
 }

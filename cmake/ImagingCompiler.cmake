@@ -20,6 +20,8 @@ function(imaging_compile_options target)
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual
     # Pixel arithmetic must give the same bits on every machine.
     -ffp-contract=off
+    # Our own code spells the namespace out.
+    -DIMAGING_NO_PLATFORM_ALIAS
     # g++ 12 sees overlapping copies in `"text" + string` where there are none.
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
   if(IMAGING_WERROR)

@@ -14,7 +14,7 @@
 #include <optional>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 using Clipping::Box;
 using Clipping::Contour;
@@ -205,4 +205,4 @@ void gpc_polygon_clip(gpc_op operation, const gpc_polygon* subject, const gpc_po
     made.moveTo(result);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

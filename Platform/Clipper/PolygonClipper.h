@@ -10,7 +10,7 @@
 /// other, run either way round and hold one another; the last vertex of a contour is joined to the first,
 /// whether or not it repeats it. All functions are pure but for their arguments and may be called on any
 /// thread.
-namespace Platform {
+namespace Imaging::Platform {
 
 struct gpc_vertex {
     double x;
@@ -89,4 +89,4 @@ struct IMAGING_EXPORT gpc_owned_polygon : gpc_polygon {
     }
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -12,7 +12,7 @@
 
 /// Picture formats behind one small interface: each format is one class in one file, and knows nothing of
 /// bitmaps, pictures or drawing. Encoded bytes go in and plain decoded pictures come out, and the other way.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// What a picture's samples mean. A gray sample of 0 is black in `White` and white in `Black`.
 enum class SampleColor { White, Black, RGB };
@@ -132,4 +132,4 @@ IMAGING_EXPORT std::size_t checkPictureLimits(const PictureHeader& header, const
 /// The description text of an ICC profile ("sRGB IEC61966-2.1"), or "" when the bytes are no profile.
 IMAGING_EXPORT std::string colorProfileName(ByteView profile);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <mutex>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -143,4 +143,4 @@ std::size_t checkPictureLimits(const PictureHeader& header, const PictureLimits&
     return header.width * header.bytesPerPixel();
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -115,4 +115,4 @@ bool NSAffineTransform::isEqual(const NSAffineTransform& other) const {
            a.tY == b.tY;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

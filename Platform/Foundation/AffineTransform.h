@@ -3,7 +3,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The six entries of an affine transform. A point (x, y) maps to
 /// (m11·x + m21·y + tX, m12·x + m22·y + tY).
@@ -67,4 +67,4 @@ private:
     NSAffineTransformStruct m_entries;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -4,7 +4,7 @@
 
 #include <mutex>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -46,4 +46,4 @@ void parameterAssertionFailed(const char* condition, const char* file, int line)
         file, line, std::string("Invalid parameter not satisfying: ") + condition);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

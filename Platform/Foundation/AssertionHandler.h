@@ -6,7 +6,7 @@
 #include <string>
 
 /// What happens when a parameter or a state is not as it must be: a mistake in the program, not bad input.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Decides what a failed assertion does. There is one handler for the whole process; a program may put its
 /// own in place, for instance to log and go on.
@@ -34,4 +34,4 @@ public:
 /// "Invalid parameter not satisfying: " and the text of the condition. Returns if the handler does.
 IMAGING_EXPORT void parameterAssertionFailed(const char* condition, const char* file, int line);
 
-} // namespace Platform
+} // namespace Imaging::Platform

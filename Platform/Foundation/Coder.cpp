@@ -5,7 +5,7 @@
 #include <map>
 #include <mutex>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -78,4 +78,4 @@ Decode archivableClassNamed(std::string_view name) {
     return found == registry.classes.end() ? nullptr : found->second;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

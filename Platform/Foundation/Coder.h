@@ -18,7 +18,7 @@
 /// An object writes its parts under keys in `encodeWithCoder` and reads them back in a constructor that
 /// takes an NSCoder; its class is made known once with an `NSArchivableClass`. An object that several others
 /// refer to is written once and comes back as one object.
-namespace Platform {
+namespace Imaging::Platform {
 
 class NSCoder;
 
@@ -137,4 +137,4 @@ public:
     }
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

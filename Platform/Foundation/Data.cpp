@@ -9,7 +9,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -117,4 +117,4 @@ std::optional<NSData> dataWithContentsOfFile(const std::string& path, std::uint6
     return std::nullopt;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

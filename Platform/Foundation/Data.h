@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Encoded bytes of any kind: a file's content, an archive, a colour profile.
 using NSData = std::vector<std::uint8_t>;
@@ -34,4 +34,4 @@ IMAGING_EXPORT bool writeToFileAtomically(ByteView data, const std::string& path
 /// "the disk is full".
 IMAGING_EXPORT std::string writeErrorInWords(int number);
 
-} // namespace Platform
+} // namespace Imaging::Platform

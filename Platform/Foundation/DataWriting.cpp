@@ -13,7 +13,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -200,4 +200,4 @@ bool writeToFileAtomically(ByteView data, const std::string& path, NSError* erro
     return replaceFile(data, target, &status, error);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

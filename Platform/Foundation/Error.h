@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Why something could not be had, for programs that want to branch on it.
 enum class NSErrorCode {
@@ -32,4 +32,4 @@ inline void setError(NSError* error, NSErrorCode code, std::string message) {
     if (error != nullptr) *error = {code, std::move(message)};
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -1,6 +1,6 @@
 #include "Platform/Foundation/Exception.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 NSException::NSException(std::string_view name, std::string_view reason) : m_name(name), m_reason(reason) {
     m_what = m_name + ": " + m_reason;
@@ -8,4 +8,4 @@ NSException::NSException(std::string_view name, std::string_view reason) : m_nam
 
 NSException::~NSException() = default;
 
-} // namespace Platform
+} // namespace Imaging::Platform

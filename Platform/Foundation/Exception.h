@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 inline constexpr std::string_view NSGenericException = "NSGenericException";
 inline constexpr std::string_view NSRangeException = "NSRangeException";
@@ -37,4 +37,4 @@ private:
     std::string m_what;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

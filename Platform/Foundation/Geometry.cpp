@@ -5,7 +5,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::string NSStringFromRect(NSRect rect) {
     return "{" + pairInBraces(rect.origin.x, rect.origin.y) + ", " + NSStringFromSize(rect.size) + "}";
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -9,7 +9,7 @@
 /// Units are points of whatever space the caller works in; x grows to the right, y grows upward, and a
 /// rectangle's origin is its lower left corner. All functions are pure and may be called on any thread.
 /// Results are computed in 32-bit floats. Comparisons are exact; a value that is not a number equals nothing.
-namespace Platform {
+namespace Imaging::Platform {
 
 struct NSPoint {
     float x = 0;
@@ -80,4 +80,4 @@ IMAGING_EXPORT bool NSContainsRect(NSRect outer, NSRect inner);
 IMAGING_EXPORT std::string NSStringFromSize(NSSize size);
 IMAGING_EXPORT std::string NSStringFromRect(NSRect rect);
 
-} // namespace Platform
+} // namespace Imaging::Platform

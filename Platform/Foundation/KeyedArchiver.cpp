@@ -7,7 +7,7 @@
 #include <map>
 #include <unordered_map>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -311,4 +311,4 @@ NSData archivedDataWithRootObject(const NSCoding& root, NSPropertyListFormat for
     return data;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

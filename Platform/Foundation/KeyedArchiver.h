@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 enum class NSPropertyListFormat { Binary, XML };
 
@@ -46,4 +46,4 @@ std::shared_ptr<T> unarchiveObjectOfClass(ByteView data) {
 /// True when the data begins like a property list in either format, so that it can be told from a picture.
 IMAGING_EXPORT bool looksLikePropertyList(ByteView data);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -357,4 +357,4 @@ bool looksLikePropertyList(ByteView data) {
     return looksLikeBinaryPropertyList(data) || looksLikeXMLPropertyList(data);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <mutex>
 #include <new>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -56,4 +56,4 @@ void setLocalizationDomain(const std::string& domain, const std::string& directo
     catalogue().domain = domain;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <string>
 
 /// Texts in the language of whoever uses the program, from gettext message catalogues.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The text for a key in the language that the program chose with `setlocale` (and the variable LANGUAGE),
 /// in UTF-8. Where the catalogue has no entry: `value`, or the key when that is empty. Safe on every thread.
@@ -17,4 +17,4 @@ IMAGING_EXPORT std::string localizedStringForKey(const std::string& key, const s
 /// thread.
 IMAGING_EXPORT void setLocalizationDomain(const std::string& domain, const std::string& directory);
 
-} // namespace Platform
+} // namespace Imaging::Platform

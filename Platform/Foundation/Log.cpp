@@ -5,7 +5,7 @@
 #include <memory>
 #include <mutex>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -69,4 +69,4 @@ void setLogSink(Sink sink) {
     // The old sink, now in `next`, is released without the lock: what it holds is foreign code.
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <string>
 
 /// Messages for whoever runs the program: things that went wrong without anybody to report them to.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Formats like printf and hands the message to the sink, by default as one line on standard error. Line
 /// breaks at the end of the message are dropped. Safe on every thread.
@@ -18,4 +18,4 @@ IMAGING_EXPORT void NSLog(const char* format, ...) __attribute__((format(printf,
 /// before. Safe on every thread.
 IMAGING_EXPORT void setLogSink(std::function<void(const std::string&)> sink);
 
-} // namespace Platform
+} // namespace Imaging::Platform

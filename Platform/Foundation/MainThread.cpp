@@ -13,7 +13,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -154,4 +154,4 @@ int mainThreadDescriptor() {
     return q.descriptor;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -11,7 +11,7 @@
 /// Threads: every function may be called on every thread, but `performPending` only on the main one. One
 /// internal lock guards the queue; it is never held while a unit, the wake-up callback or a destructor of
 /// either runs, so all of these may call back into here. Units run in the order in which they were queued.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Queues a unit for the main thread. With `waitUntilDone` the call returns when the unit has run and is
 /// destroyed; on the main thread itself it then runs at once, ahead of what is queued. Waiting takes as long
@@ -41,4 +41,4 @@ IMAGING_EXPORT void setMainThreadWakeUp(std::function<void()> wakeUp);
 /// library's: never read, write or close it. Throws an NSException when the system has no descriptor left.
 IMAGING_EXPORT int mainThreadDescriptor();
 
-} // namespace Platform
+} // namespace Imaging::Platform

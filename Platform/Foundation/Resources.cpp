@@ -8,7 +8,7 @@
 #include <mutex>
 #include <system_error>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::string pathForImageResource(const std::string& name) {
                           "; install the library's resources, or name their folder in IMAGING_RESOURCES");
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -14,7 +14,7 @@
 /// that the library was built from, for programs that run before anything is installed.
 ///
 /// Everything here is safe on every thread, as long as none changes the environment.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A folder to look in first; empty for none. What was read already stays as it is.
 IMAGING_EXPORT void setResourceFolder(const std::string& folder);
@@ -26,4 +26,4 @@ IMAGING_EXPORT std::vector<std::string> resourceFolders();
 /// (NSResourceException) that names the file, where it was looked for and what to do when it is nowhere.
 IMAGING_EXPORT std::string pathForImageResource(const std::string& name);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -7,7 +7,7 @@
 #include <memory>
 #include <system_error>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -129,4 +129,4 @@ std::string NSURL::path() const {
     return decoded(rest);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// An absolute URL. A value; safe on every thread.
 class IMAGING_EXPORT NSURL {
@@ -35,4 +35,4 @@ private:
     std::string m_scheme;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -11,7 +11,7 @@
 #include <mutex>
 #include <new>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -361,4 +361,4 @@ std::optional<NSData> dataWithContentsOfURL(const NSURL& url, NSError* error) {
     return Transfer(url, limits).run(error);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

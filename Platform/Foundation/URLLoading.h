@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// How long and how much a transfer may take before it is given up.
 struct URLLimits {
@@ -27,4 +27,4 @@ IMAGING_EXPORT void setURLLimits(const URLLimits& limits);
 /// thread. On failure nullopt and the reason.
 IMAGING_EXPORT std::optional<NSData> dataWithContentsOfURL(const NSURL& url, NSError* error = nullptr);
 
-} // namespace Platform
+} // namespace Imaging::Platform

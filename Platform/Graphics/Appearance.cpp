@@ -2,7 +2,7 @@
 
 #include <mutex>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -28,4 +28,4 @@ void setAppearance(const Appearance& appearance) {
     currentAppearance() = appearance;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// How decorations and named things look: the one place where an application changes them, before it draws.
 struct Appearance {
@@ -29,4 +29,4 @@ struct Appearance {
 IMAGING_EXPORT Appearance appearance();
 IMAGING_EXPORT void setAppearance(const Appearance& appearance);
 
-} // namespace Platform
+} // namespace Imaging::Platform

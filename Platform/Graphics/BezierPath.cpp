@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -220,4 +220,4 @@ void NSBezierPath::addClip() const {
     if (const auto context = NSGraphicsContext::currentContext()) context->addClip(*this);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 enum class NSBezierPathElement { MoveTo = 0, LineTo = 1, CurveTo = 2, ClosePath = 3 };
 enum class NSWindingRule { NonZero = 0, EvenOdd = 1 };
@@ -104,4 +104,4 @@ private:
     float m_miter_limit = 10;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -10,7 +10,7 @@
 #include <cstring>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -399,4 +399,4 @@ void NSBitmapImageRep::setPixelAt(std::int64_t x, std::int64_t y,
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

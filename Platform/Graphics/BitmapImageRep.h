@@ -16,7 +16,7 @@
 #include <string_view>
 #include <variant>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 struct DecodedPicture;
 struct PictureHeader;
@@ -180,4 +180,4 @@ private:
     NSImageProperties m_properties;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -2,7 +2,7 @@
 
 #include "Platform/Graphics/GraphicsContext.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 NSColor NSColor::colorWithCalibratedRed(float red, float green, float blue, float alpha) {
     return {red, green, blue, alpha};
@@ -34,4 +34,4 @@ void NSColor::set() const {
     if (const auto context = NSGraphicsContext::currentContext()) context->setColor(*this);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

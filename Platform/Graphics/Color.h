@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The named colour spaces of bitmaps and colours. In the white spaces a sample of 0 is black, in the black
 /// ones it is white. "Calibrated" samples are sRGB (or gray with the sRGB curve); device samples are taken
@@ -60,4 +60,4 @@ private:
     float m_alpha = 1;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -354,4 +354,4 @@ CGContextRef CGContextWithGraphicsContext(std::shared_ptr<NSGraphicsContext> con
     return context == nullptr ? nullptr : std::make_shared<GraphicsPort>(std::move(context));
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

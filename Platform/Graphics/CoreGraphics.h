@@ -13,7 +13,7 @@
 
 /// Bitmap contexts, images over memory, and drawing one into the other: the way to bring pixels from one
 /// layout into another without an owning bitmap object on either side.
-namespace Platform {
+namespace Imaging::Platform {
 
 class NSGraphicsContext;
 
@@ -135,4 +135,4 @@ inline void CGContextDrawImage(CGContext& context, NSRect rect, const CGImage& i
     context.drawImage(rect, image);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -13,7 +13,7 @@
 #include <optional>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -212,4 +212,4 @@ void NSRectClip(NSRect rect) {
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

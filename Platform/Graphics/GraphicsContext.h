@@ -11,7 +11,7 @@
 
 typedef struct _cairo cairo_t; // NOLINT(bugprone-reserved-identifier): Cairo's own name
 
-namespace Platform {
+namespace Imaging::Platform {
 
 class NSBezierPath;
 
@@ -146,4 +146,4 @@ IMAGING_EXPORT void NSFrameRectWithWidth(NSRect rect, float width);
 /// The clip becomes what it has in common with the rectangle; nothing where that has no area.
 IMAGING_EXPORT void NSRectClip(NSRect rect);
 
-} // namespace Platform
+} // namespace Imaging::Platform

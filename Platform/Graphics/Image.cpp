@@ -13,7 +13,7 @@
 #include <cmath>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -295,4 +295,4 @@ void NSImage::encodeWithCoder(NSCoder& coder) const {
     coder.encodeData(*png, "data");
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

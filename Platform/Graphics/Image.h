@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 class DrawablePicture;
 class NSBitmapImageRep;
@@ -162,4 +162,4 @@ private:
     NSImage& m_image;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -12,7 +12,7 @@
 #include <pango/pangocairo.h>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -230,4 +230,4 @@ void drawTextAtPoint(const std::string& text, const NSFont& font, const NSColor&
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -16,7 +16,7 @@
 ///
 /// The functions throw an NSException: NSGraphicsException when the machine has no font at all or drawing
 /// fails, NSInvalidArgumentException when a text has more than a mebibyte.
-namespace Platform {
+namespace Imaging::Platform {
 
 class NSColor;
 
@@ -60,4 +60,4 @@ IMAGING_EXPORT NSSize sizeOfText(const std::string& text, const NSFont& font);
 IMAGING_EXPORT void drawTextAtPoint(const std::string& text, const NSFont& font, const NSColor& color,
                                     NSPoint point);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -163,4 +163,4 @@ std::unique_ptr<RowSampler> makeAffineSampler(const PlacedLevel& level, int acro
     return std::make_unique<AffineSampler>(level, across, down);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

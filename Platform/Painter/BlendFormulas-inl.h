@@ -13,7 +13,7 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace Platform::HWY_NAMESPACE {
+namespace Imaging::Platform::HWY_NAMESPACE {
 
 /// The result of an operation for samples in steps of 1/128 (so that 255 is 32640).
 ///
@@ -92,7 +92,7 @@ void withOperation(int operation, const Body& body) {
     }
 }
 
-} // namespace Platform::HWY_NAMESPACE
+} // namespace Imaging::Platform::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #endif

@@ -13,7 +13,7 @@
 #include "Platform/Painter/BlendFormulas-inl.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Platform::HWY_NAMESPACE {
+namespace Imaging::Platform::HWY_NAMESPACE {
 namespace {
 
 #if HWY_TARGET == HWY_SCALAR
@@ -129,11 +129,11 @@ void blend(const Blend& blend, const std::uint32_t* source, const std::uint8_t* 
 #endif
 
 } // namespace
-} // namespace Platform::HWY_NAMESPACE
+} // namespace Imaging::Platform::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -222,5 +222,5 @@ void blendRowPlain(const Blend& blend, const std::uint32_t* source, const std::u
     HWY_NAMESPACE::withOperation(blend.operation, BlendPlain{blend, source, coverage, target, count});
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform
 #endif

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// How a row of source words S is combined with what is there, D: S is scaled by the fraction, the operation
 /// gives R, and D·(1 − c) + R·c is stored, c being the pixel's coverage.
@@ -34,4 +34,4 @@ void blendRow(const Blend& blend, const std::uint32_t* source, const std::uint8_
 void blendRowPlain(const Blend& blend, const std::uint32_t* source, const std::uint8_t* coverage,
                    std::uint32_t* target, std::size_t count);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -10,7 +10,7 @@
 #include <set>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -167,4 +167,4 @@ void releasePictureMemory() {
     releaseSpareMemory();
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

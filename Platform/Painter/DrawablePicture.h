@@ -10,7 +10,7 @@
 #include <mutex>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Something that is read row by row as premultiplied words in the sRGB colour space. It can be read from
 /// several threads at a time.
@@ -109,4 +109,4 @@ private:
     std::shared_ptr<DrawablePicture> m_picture;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -148,4 +148,4 @@ void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSam
     target.markDirty(area);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

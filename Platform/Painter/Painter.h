@@ -8,7 +8,7 @@
 #include "Platform/Painter/PictureSampler.h"
 #include "Platform/Painter/PixelTarget.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Paints what a clip leaves of a target with what a sampler gives, scaled by `fraction` (0 to 1, clamped;
 /// not-a-number counts as 0) and combined by `operation`: what is there changes in proportion to the
@@ -20,4 +20,4 @@ namespace Platform {
 void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler, int operation,
            double fraction, const ClipCoverage* within = nullptr);
 
-} // namespace Platform
+} // namespace Imaging::Platform

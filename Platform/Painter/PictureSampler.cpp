@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -140,4 +140,4 @@ std::unique_ptr<RowSampler> makePictureSampler(DrawablePicture& picture, const c
     return straight ? scaledSampler(level, area) : affineSampler(level);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Pixels of a device from (left, top) up to but without (right, bottom), y downward.
 struct PixelRect {
@@ -62,4 +62,4 @@ std::unique_ptr<RowSampler> makeColorSampler(std::uint32_t word);
 std::unique_ptr<RowSampler> makePictureSampler(DrawablePicture& picture, const cairo_matrix_t& placement,
                                                PixelRect area);
 
-} // namespace Platform
+} // namespace Imaging::Platform

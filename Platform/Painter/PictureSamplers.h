@@ -4,7 +4,7 @@
 
 #include "Platform/Painter/PictureSampler.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A level of a picture, and how device pixels map to its pixels.
 struct PlacedLevel {
@@ -28,4 +28,4 @@ std::unique_ptr<RowSampler> makeScaledSampler(const PlacedLevel& level, PixelRec
 /// For any inverse; each device pixel is the mean of `across` by `down` samples, at most 16 each.
 std::unique_ptr<RowSampler> makeAffineSampler(const PlacedLevel& level, int across, int down);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -146,4 +146,4 @@ const std::uint8_t* ClipCoverage::row(int y) const {
     return m_data != nullptr ? m_data + static_cast<std::ptrdiff_t>(y - m_area.top) * m_stride : nullptr;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The pixels of the surface that a context draws on, (0, 0) being the first one in memory. What is written
 /// must be followed by `markDirty`.
@@ -63,4 +63,4 @@ private:
     int m_stride = 0;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -179,4 +179,4 @@ std::unique_ptr<RowSampler> makeScaledSampler(const PlacedLevel& level, PixelRec
     return std::make_unique<ScaledSampler>(level, area);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

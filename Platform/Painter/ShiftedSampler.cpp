@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -106,4 +106,4 @@ std::unique_ptr<RowSampler> makeShiftedSampler(const PlacedLevel& level, PixelRe
     return std::make_unique<ShiftedSampler>(level, shiftOf(inverse.x0), shiftOf(inverse.y0));
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

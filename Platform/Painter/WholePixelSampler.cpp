@@ -4,7 +4,7 @@
 #include <cmath>
 #include <optional>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -111,4 +111,4 @@ std::unique_ptr<RowSampler> makeWholePixelSampler(const PlacedLevel& level, Pixe
     return map.has_value() ? std::make_unique<WholePixelSampler>(level, *map) : nullptr;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -7,7 +7,7 @@
 #include <sys/mman.h>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -67,4 +67,4 @@ PixelBuffer PixelBuffer::uninitialised(std::size_t size) {
     return {Bytes(static_cast<std::uint8_t*>(std::malloc(size == 0 ? 1 : size)), Free{0}), size};
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

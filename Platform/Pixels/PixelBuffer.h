@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The product of the factors, or nullopt when it does not fit in 64 bits. Every size that becomes an
 /// allocation or an offset goes through here first.
@@ -46,4 +46,4 @@ private:
     std::size_t m_size = 0;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

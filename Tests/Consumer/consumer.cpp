@@ -9,7 +9,7 @@
 #include <cstdio>
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -5,10 +5,10 @@
 namespace Fuzz {
 
 /// An object that decodes every kind of value that coders know.
-class ArchivedNode : public Platform::NSCoding {
+class ArchivedNode : public Imaging::Platform::NSCoding {
 public:
     ArchivedNode() = default;
-    explicit ArchivedNode(Platform::NSCoder& coder) {
+    explicit ArchivedNode(Imaging::Platform::NSCoder& coder) {
         child = coder.decodeObjectOfClass<ArchivedNode>("child");
         if (auto decoded = coder.decodeArrayOfClass<ArchivedNode>("children")) children = std::move(*decoded);
         if (auto decoded = coder.decodeString("name")) name = std::move(*decoded);
@@ -22,8 +22,8 @@ public:
     }
 
     std::string archiveClassName() const override { return "FuzzedNode"; }
-    void encodeWithCoder(Platform::NSCoder& coder) const override {
-        std::vector<const Platform::NSCoding*> pointers;
+    void encodeWithCoder(Imaging::Platform::NSCoder& coder) const override {
+        std::vector<const Imaging::Platform::NSCoding*> pointers;
         for (const auto& one : children) pointers.push_back(one.get());
         coder.encodeObject(child.get(), "child");
         coder.encodeArray(pointers, "children");
@@ -40,13 +40,13 @@ public:
     std::shared_ptr<ArchivedNode> child;
     std::vector<std::shared_ptr<ArchivedNode>> children;
     std::string name;
-    Platform::NSData data;
+    Imaging::Platform::NSData data;
     bool isOpen = false;
     std::int64_t count = 0;
     float weight = 0;
-    Platform::NSSize size;
-    Platform::NSRect rect;
-    Platform::NSAffineTransform transform;
+    Imaging::Platform::NSSize size;
+    Imaging::Platform::NSRect rect;
+    Imaging::Platform::NSAffineTransform transform;
 };
 
 } // namespace Fuzz

@@ -7,7 +7,7 @@ namespace Fuzz {
 
 namespace {
 
-using Platform::PictureHeader;
+using Imaging::Platform::PictureHeader;
 
 void require(bool condition, const char* what) {
     if (condition) return;
@@ -23,7 +23,7 @@ bool areEqual(const PictureHeader& a, const PictureHeader& b) {
 }
 
 /// Reads every byte, so that a sanitizer sees what was never written.
-bool hasColorsWithinAlpha(const Platform::DecodedPicture& picture) {
+bool hasColorsWithinAlpha(const Imaging::Platform::DecodedPicture& picture) {
     const PictureHeader& header = picture.header;
     const auto samples = static_cast<std::size_t>(header.samplesPerPixel());
     std::uint64_t sum = 0;
@@ -42,13 +42,14 @@ bool hasColorsWithinAlpha(const Platform::DecodedPicture& picture) {
 
 } // namespace
 
-void decode(std::string_view formatName, Platform::ByteView bytes) {
-    constexpr Platform::PictureLimits limits{1'000'000, 16'000'000};
-    static const std::shared_ptr<const Platform::Codec> codec = Platform::codecForFormat(formatName);
+void decode(std::string_view formatName, Imaging::Platform::ByteView bytes) {
+    constexpr Imaging::Platform::PictureLimits limits{1'000'000, 16'000'000};
+    static const std::shared_ptr<const Imaging::Platform::Codec> codec =
+        Imaging::Platform::codecForFormat(formatName);
     require(codec != nullptr, "this format was not built in");
     codec->recognises(bytes);
     try {
-        const Platform::DecodedPicture picture = codec->decode(bytes, limits);
+        const Imaging::Platform::DecodedPicture picture = codec->decode(bytes, limits);
         const PictureHeader& header = picture.header;
         require(picture.bytesPerRow == header.width * header.bytesPerPixel(), "the rows have another length");
         require(picture.pixels.size() == picture.bytesPerRow * header.height,
@@ -57,7 +58,7 @@ void decode(std::string_view formatName, Platform::ByteView bytes) {
                 "the limits were not kept");
         require(hasColorsWithinAlpha(picture), "a colour exceeds its alpha");
         require(areEqual(codec->readHeader(bytes), header), "the header alone says something else");
-    } catch (const Platform::CodecException& exception) {
+    } catch (const Imaging::Platform::CodecException& exception) {
         require(!exception.reason().empty(), "the refusal has no words");
     }
 }

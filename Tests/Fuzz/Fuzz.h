@@ -13,7 +13,7 @@ namespace Fuzz {
 /// Decodes the bytes with the codec of a format, under limits that are small enough for many runs a second.
 /// Ends the program when the codec does anything but give a whole picture or throw a CodecException, or when
 /// the header that was read alone is not that of the picture.
-void decode(std::string_view formatName, Platform::ByteView bytes);
+void decode(std::string_view formatName, Imaging::Platform::ByteView bytes);
 
 } // namespace Fuzz
 

@@ -10,8 +10,8 @@
 
 namespace {
 
-using namespace Platform;
-using namespace Platform::Fixtures;
+using namespace Imaging::Platform;
+using namespace Imaging::Platform::Fixtures;
 
 class CorpusWriter {
 public:

@@ -2,9 +2,9 @@
 #include "Tests/Fuzz/Fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const Platform::ByteView bytes(data, size);
-    Platform::colorProfileName(bytes);
-    Platform::matchingProfile(bytes, Platform::SampleColor::RGB);
-    Platform::matchingProfile(bytes, Platform::SampleColor::White);
+    const Imaging::Platform::ByteView bytes(data, size);
+    Imaging::Platform::colorProfileName(bytes);
+    Imaging::Platform::matchingProfile(bytes, Imaging::Platform::SampleColor::RGB);
+    Imaging::Platform::matchingProfile(bytes, Imaging::Platform::SampleColor::White);
     return 0;
 }

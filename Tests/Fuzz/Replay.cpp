@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     for (const std::string& path : paths) {
         std::printf("%s\n", path.c_str());
         std::fflush(stdout); // before the one that ends the program
-        const auto bytes = Platform::dataWithContentsOfFile(path, std::uint64_t{1} << 26);
+        const auto bytes = Imaging::Platform::dataWithContentsOfFile(path, std::uint64_t{1} << 26);
         if (!bytes.has_value()) return 1;
         LLVMFuzzerTestOneInput(bytes->data(), bytes->size());
     }

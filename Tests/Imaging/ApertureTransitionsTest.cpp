@@ -11,7 +11,7 @@ using Imaging::IMGDissolveTransitionOp;
 using Imaging::IMGIrisTransitionOp;
 using Imaging::IMGTranslationOp;
 using Imaging::IMGZoomTransitionOp;
-using Platform::NSColor;
+using Imaging::Platform::NSColor;
 
 namespace {
 
@@ -68,7 +68,7 @@ std::pair<float, float> fractionsOf(float balance, float weight) {
     const auto b = leaf(NSMakeRect(-7, 2, 9, 8));
     const auto made =
         IMGColorFadeTransitionOp::transitionWithFromImage(a, b, NSMakeSize(10, 10), sand, balance, weight);
-    Platform::NSGraphicsContext::setCurrentContext(nullptr); // the colour has nowhere to be drawn
+    Imaging::Platform::NSGraphicsContext::setCurrentContext(nullptr); // the colour has nowhere to be drawn
     made->drawImage(nullptr, TransformAndClipList(), 2, 1, nullptr);
     if (!a->draws.empty()) return {a->draws.at(0).fraction, 1 - a->draws.at(0).fraction};
     return {1 - b->draws.at(0).fraction, b->draws.at(0).fraction};

@@ -163,7 +163,7 @@ TEST(IsPointNear, GivesHalfAUnitOfSlack) {
 // Rectangles
 
 TEST(IsPointOnRect, AnswersYesNearEachEdgeFromBothSides) {
-    const NSRect rect = Platform::NSMakeRect(-30, 15, 80, 40);
+    const NSRect rect = Imaging::Platform::NSMakeRect(-30, 15, 80, 40);
     for (const float side : {-1.5f, 0.0f, 1.5f}) {
         EXPECT_TRUE(IsPointOnRect({-30 + side, 31}, rect, 2));
         EXPECT_TRUE(IsPointOnRect({50 + side, 31}, rect, 2));
@@ -179,27 +179,27 @@ TEST(IsPointOnRect, AnswersYesNearEachEdgeFromBothSides) {
 }
 
 TEST(IsPointOnRect, AnswersNoForTheCentreAndFarAway) {
-    const NSRect rect = Platform::NSMakeRect(-30, 15, 80, 40);
+    const NSRect rect = Imaging::Platform::NSMakeRect(-30, 15, 80, 40);
     EXPECT_FALSE(IsPointOnRect(RectMidpoint(rect), rect, 2));
     EXPECT_FALSE(IsPointOnRect({-30, 80}, rect, 2));
     EXPECT_TRUE(IsPointOnRect(RectMidpoint(rect), rect, 20.5f));
 }
 
 TEST(IsPointOnRect, RoundsTheCorners) {
-    const NSRect rect = Platform::NSMakeRect(-30, 15, 80, 40);
+    const NSRect rect = Imaging::Platform::NSMakeRect(-30, 15, 80, 40);
     EXPECT_TRUE(IsPointOnRect({53, 59}, rect, 5.25f));
     EXPECT_FALSE(IsPointOnRect({53, 59}, rect, 4.9f));
     EXPECT_FALSE(IsPointOnRect({-34, 12}, rect, 5));
 }
 
 TEST(IsPointOnRect, TakesNegativeExtentsAndNoExtent) {
-    EXPECT_TRUE(IsPointOnRect({10, 31}, Platform::NSMakeRect(50, 55, -40, -40), 1));
-    EXPECT_FALSE(IsPointOnRect({30, 35}, Platform::NSMakeRect(50, 55, -40, -40), 1));
+    EXPECT_TRUE(IsPointOnRect({10, 31}, Imaging::Platform::NSMakeRect(50, 55, -40, -40), 1));
+    EXPECT_FALSE(IsPointOnRect({30, 35}, Imaging::Platform::NSMakeRect(50, 55, -40, -40), 1));
     // A rectangle without width has two edges without length, which give half a unit of slack at their ends.
-    EXPECT_TRUE(IsPointOnRect({50, 53.25f}, Platform::NSMakeRect(50, 15, 0, 38), 0));
-    EXPECT_FALSE(IsPointOnRect({50.25f, 30}, Platform::NSMakeRect(50, 15, 0, 38), 0));
-    EXPECT_TRUE(IsPointOnRect({50.25f, 15}, Platform::NSMakeRect(50, 15, 0, 0), 0));
-    EXPECT_FALSE(IsPointOnRect({50.5f, 15}, Platform::NSMakeRect(50, 15, 0, 0), 0));
+    EXPECT_TRUE(IsPointOnRect({50, 53.25f}, Imaging::Platform::NSMakeRect(50, 15, 0, 38), 0));
+    EXPECT_FALSE(IsPointOnRect({50.25f, 30}, Imaging::Platform::NSMakeRect(50, 15, 0, 38), 0));
+    EXPECT_TRUE(IsPointOnRect({50.25f, 15}, Imaging::Platform::NSMakeRect(50, 15, 0, 0), 0));
+    EXPECT_FALSE(IsPointOnRect({50.5f, 15}, Imaging::Platform::NSMakeRect(50, 15, 0, 0), 0));
 }
 
 // Curves

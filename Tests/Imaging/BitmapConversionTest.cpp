@@ -17,17 +17,17 @@
 
 using namespace ImagingTests;
 using Imaging::bitmapRepresentationWithSize;
-using Platform::NSBitmapDescription;
-using Platform::NSBitmapImageRep;
+using Imaging::Platform::NSBitmapDescription;
+using Imaging::Platform::NSBitmapImageRep;
 
 namespace {
 
-constexpr auto white = Platform::NSCalibratedWhiteColorSpace;
-constexpr auto black = Platform::NSCalibratedBlackColorSpace;
-constexpr auto rgb = Platform::NSCalibratedRGBColorSpace;
-constexpr auto deviceWhite = Platform::NSDeviceWhiteColorSpace;
-constexpr auto deviceBlack = Platform::NSDeviceBlackColorSpace;
-constexpr auto deviceRGB = Platform::NSDeviceRGBColorSpace;
+constexpr auto white = Imaging::Platform::NSCalibratedWhiteColorSpace;
+constexpr auto black = Imaging::Platform::NSCalibratedBlackColorSpace;
+constexpr auto rgb = Imaging::Platform::NSCalibratedRGBColorSpace;
+constexpr auto deviceWhite = Imaging::Platform::NSDeviceWhiteColorSpace;
+constexpr auto deviceBlack = Imaging::Platform::NSDeviceBlackColorSpace;
+constexpr auto deviceRGB = Imaging::Platform::NSDeviceRGBColorSpace;
 
 struct Layout {
     std::string_view space;

@@ -17,19 +17,19 @@ using Imaging::IMGBitmapFormat;
 using Imaging::initWithSize;
 using Imaging::isGrayscale;
 using Imaging::isInvertedGrayscale;
-using Platform::NSBitmapDescription;
-using Platform::NSBitmapImageRep;
+using Imaging::Platform::NSBitmapDescription;
+using Imaging::Platform::NSBitmapImageRep;
 
 namespace {
 
 constexpr std::string_view colorSpaces[] = {
-    Platform::NSCalibratedWhiteColorSpace, Platform::NSCalibratedBlackColorSpace,
-    Platform::NSCalibratedRGBColorSpace,   Platform::NSDeviceWhiteColorSpace,
-    Platform::NSDeviceBlackColorSpace,     Platform::NSDeviceRGBColorSpace,
-    Platform::NSDeviceCMYKColorSpace};
+    Imaging::Platform::NSCalibratedWhiteColorSpace, Imaging::Platform::NSCalibratedBlackColorSpace,
+    Imaging::Platform::NSCalibratedRGBColorSpace,   Imaging::Platform::NSDeviceWhiteColorSpace,
+    Imaging::Platform::NSDeviceBlackColorSpace,     Imaging::Platform::NSDeviceRGBColorSpace,
+    Imaging::Platform::NSDeviceCMYKColorSpace};
 
 struct Layout {
-    std::string_view space = Platform::NSCalibratedRGBColorSpace;
+    std::string_view space = Imaging::Platform::NSCalibratedRGBColorSpace;
     int samples = 3;
     bool alpha = false;
     int bitsPerSample = 8;
@@ -62,9 +62,9 @@ bool isBlank(const NSBitmapImageRep& bitmap) {
     return std::all_of(bitmap.bitmapData(), bitmap.bitmapData() + bytes, [](auto byte) { return byte == 0; });
 }
 
-constexpr auto white = Platform::NSCalibratedWhiteColorSpace;
-constexpr auto black = Platform::NSCalibratedBlackColorSpace;
-constexpr auto rgb = Platform::NSCalibratedRGBColorSpace;
+constexpr auto white = Imaging::Platform::NSCalibratedWhiteColorSpace;
+constexpr auto black = Imaging::Platform::NSCalibratedBlackColorSpace;
+constexpr auto rgb = Imaging::Platform::NSCalibratedRGBColorSpace;
 
 } // namespace
 
@@ -105,8 +105,8 @@ TEST(BitmapFormat, IsUnknownInEveryOtherSpace) {
             }
         }
     }
-    EXPECT_EQ(formatOf({Platform::NSDeviceRGBColorSpace, 4, true}), 0);
-    EXPECT_EQ(formatOf({Platform::NSDeviceWhiteColorSpace, 1, false}), 0);
+    EXPECT_EQ(formatOf({Imaging::Platform::NSDeviceRGBColorSpace, 4, true}), 0);
+    EXPECT_EQ(formatOf({Imaging::Platform::NSDeviceWhiteColorSpace, 1, false}), 0);
     EXPECT_EQ(formatOf({black, 1, false}), 0);
 }
 
@@ -148,8 +148,8 @@ TEST(BitmapAlpha, IsThereForTheTwoKnownLayoutsWithAlphaOnly) {
 
 TEST(BitmapAlpha, IsNotThereForAnUnknownLayoutThatCarriesSome) {
     for (const Layout& layout :
-         {Layout{Platform::NSDeviceRGBColorSpace, 4, true},
-          Layout{Platform::NSDeviceWhiteColorSpace, 2, true}, Layout{black, 2, true},
+         {Layout{Imaging::Platform::NSDeviceRGBColorSpace, 4, true},
+          Layout{Imaging::Platform::NSDeviceWhiteColorSpace, 2, true}, Layout{black, 2, true},
           Layout{rgb, 4, true, 16}, Layout{rgb, 4, true, 8, true}, Layout{rgb, 4, true, 8, false, 40}}) {
         const auto bitmap = bitmapLike(layout);
         EXPECT_TRUE(bitmap->hasAlpha());
@@ -161,8 +161,8 @@ TEST(GrayBitmaps, AreThoseInTheFourGraySpaces) {
     for (const std::string_view space : colorSpaces) {
         const auto bitmap = bitmapLike({space, 4, false});
         ASSERT_NE(bitmap, nullptr);
-        const bool whiteIsOne = space == white || space == Platform::NSDeviceWhiteColorSpace;
-        const bool whiteIsZero = space == black || space == Platform::NSDeviceBlackColorSpace;
+        const bool whiteIsOne = space == white || space == Imaging::Platform::NSDeviceWhiteColorSpace;
+        const bool whiteIsZero = space == black || space == Imaging::Platform::NSDeviceBlackColorSpace;
         EXPECT_EQ(isGrayscale(*bitmap), whiteIsOne || whiteIsZero) << space;
         EXPECT_EQ(isInvertedGrayscale(*bitmap), whiteIsZero) << space;
     }

@@ -153,7 +153,7 @@ TEST(Bounds, ThatTouchOrCrossZeroAreExact) {
 }
 
 TEST(Bounds, HaveAPathOfTheirExactShape) {
-    const Platform::NSBezierPath path =
+    const Imaging::Platform::NSBezierPath path =
         IMGBounds::boundsWithRect(NSMakeRect(3, 5, 11, 13), turned).bezierPath();
     ASSERT_EQ(path.elementCount(), 5U);
     const std::array<NSPoint, 4> expected = {NSMakePoint(25, 10), NSMakePoint(25, 21), NSMakePoint(12, 21),
@@ -163,7 +163,7 @@ TEST(Bounds, HaveAPathOfTheirExactShape) {
         path.elementAtIndex(i, &points);
         EXPECT_TRUE(isPoint(points[0], expected[i].x, expected[i].y)) << "corner " << i;
     }
-    EXPECT_EQ(path.elementAtIndex(4), Platform::NSBezierPathElement::ClosePath);
+    EXPECT_EQ(path.elementAtIndex(4), Imaging::Platform::NSBezierPathElement::ClosePath);
 }
 
 TEST(Bounds, HaveAPathThatIsNotTheirBoundingRectangle) {
@@ -264,14 +264,14 @@ TEST(TransformAndClipList, IsReleasedWhateverItsLength) {
 }
 
 TEST(ExactTransformEquality, ComparesAllSixEntries) {
-    const Platform::NSAffineTransformStruct entries = {1.5F, -2, 3, 4.25F, 50, -6};
+    const Imaging::Platform::NSAffineTransformStruct entries = {1.5F, -2, 3, 4.25F, 50, -6};
     EXPECT_TRUE(isEqualToAffineTransform(NSAffineTransform(entries), NSAffineTransform(entries)));
-    float Platform::NSAffineTransformStruct::*const members[] = {
-        &Platform::NSAffineTransformStruct::m11, &Platform::NSAffineTransformStruct::m12,
-        &Platform::NSAffineTransformStruct::m21, &Platform::NSAffineTransformStruct::m22,
-        &Platform::NSAffineTransformStruct::tX,  &Platform::NSAffineTransformStruct::tY};
+    float Imaging::Platform::NSAffineTransformStruct::*const members[] = {
+        &Imaging::Platform::NSAffineTransformStruct::m11, &Imaging::Platform::NSAffineTransformStruct::m12,
+        &Imaging::Platform::NSAffineTransformStruct::m21, &Imaging::Platform::NSAffineTransformStruct::m22,
+        &Imaging::Platform::NSAffineTransformStruct::tX,  &Imaging::Platform::NSAffineTransformStruct::tY};
     for (const auto member : members) {
-        Platform::NSAffineTransformStruct other = entries;
+        Imaging::Platform::NSAffineTransformStruct other = entries;
         other.*member = std::nextafter(other.*member, 1000.0F);
         EXPECT_FALSE(isEqualToAffineTransform(NSAffineTransform(entries), NSAffineTransform(other)));
         EXPECT_FALSE(isEqualToAffineTransform(NSAffineTransform(other), NSAffineTransform(entries)));

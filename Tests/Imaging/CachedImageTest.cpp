@@ -80,7 +80,8 @@ TEST(CachedImage, IsReadyToDrawOnceItIsForcedToCache) {
     const auto picture = Pixels::imageOf(before);
     const auto image = CCImage::ccImageWithNSImage(picture);
     image->forceToCache();
-    const auto bitmap = std::dynamic_pointer_cast<Platform::NSBitmapImageRep>(picture->representations()[0]);
+    const auto bitmap =
+        std::dynamic_pointer_cast<Imaging::Platform::NSBitmapImageRep>(picture->representations()[0]);
     bitmap->setPixelAt(1, 1, {1, 2, 3, 255}); // not announced, so the ready copy is drawn
     EXPECT_TRUE(Pixels::areAlike(Pixels::shownBy(*picture, 5, 3), before));
     EXPECT_EQ(picture->representations().size(), 1U);
@@ -168,7 +169,7 @@ TEST(CachedImageDrawing, IgnoresAClipThatIsTurnedOff) {
 TEST(CachedImageDrawing, StaysInsideTheClipThatIsInForceAlready) {
     const auto image = CCImage::ccImageWithNSImage(Pixels::imageOf(thePicture));
     const Grid pixels = drawnOn(12, 11, [&] {
-        Platform::NSRectClip(NSMakeRect(0, 0, 4, 11));
+        Imaging::Platform::NSRectClip(NSMakeRect(0, 0, 4, 11));
         image->drawWithTransformClip(listOf({clipped(outerTransform, NSMakeRect(0, 1, 5, 2))}), 2, 1,
                                      nullptr);
     });
@@ -180,8 +181,8 @@ TEST(CachedImageDrawing, StaysInsideTheClipThatIsInForceAlready) {
 TEST(CachedImageDrawing, ActsWithinTheTransformThatIsInForceAlready) {
     const auto image = CCImage::ccImageWithNSImage(Pixels::imageOf(thePicture));
     const Grid pixels = drawnOn(12, 11, [&] {
-        const Platform::NSGraphicsStateScope state; // the pixels are read upright again
-        Platform::NSGraphicsContext::currentContext()->concat(middleTransform);
+        const Imaging::Platform::NSGraphicsStateScope state; // the pixels are read upright again
+        Imaging::Platform::NSGraphicsContext::currentContext()->concat(middleTransform);
         image->drawWithTransformClip(listOf({record(innerTransform)}), 2, 1, nullptr);
     });
     Grid expected(12, 11);
@@ -245,7 +246,7 @@ TEST(CachedImageDrawing, RestoresTheGraphicsState) {
     const Grid pixels = drawnOn(12, 11, [&] {
         image->drawWithTransformClip(listOf({clipped(middleTransform, NSMakeRect(1, 1, 1, 1))}), 0, 1,
                                      nullptr);
-        states = Platform::NSGraphicsContext::currentContext()->savedStateCount();
+        states = Imaging::Platform::NSGraphicsContext::currentContext()->savedStateCount();
         image->drawWithTransformClip(listOf({record(outerTransform)}), 2, 1, nullptr);
     });
     EXPECT_EQ(states, 0U);
@@ -265,7 +266,7 @@ TEST(CachedImageDrawing, PassesWhatThePictureThrowsOnWithLockAndStateGivenBack) 
             EXPECT_ANY_THROW(
                 CCImage::ccImageWithNSImage(failing)->drawWithTransformClip(list, 2, 1, nullptr));
             EXPECT_FALSE(imageLockIsHeld());
-            states = Platform::NSGraphicsContext::currentContext()->savedStateCount();
+            states = Imaging::Platform::NSGraphicsContext::currentContext()->savedStateCount();
             image->drawWithTransformClip(listOf({record(outerTransform)}), 2, 1, nullptr);
         });
         EXPECT_EQ(states, 0U);
@@ -298,7 +299,7 @@ TEST(CachedImageDrawing, UnderATransformWithoutInversePaintsNothingAndLastsNot) 
 
 TEST(CachedImageDrawing, WithoutAContextDoesNothing) {
     const auto image = CCImage::ccImageWithNSImage(Pixels::imageOf(thePicture));
-    ASSERT_EQ(Platform::NSGraphicsContext::currentContext(), nullptr);
+    ASSERT_EQ(Imaging::Platform::NSGraphicsContext::currentContext(), nullptr);
     EXPECT_NO_THROW(image->drawWithTransformClip(listOf({clipped(outerTransform, NSMakeRect(0, 0, 1, 1))}), 2,
                                                  1, nullptr));
 }

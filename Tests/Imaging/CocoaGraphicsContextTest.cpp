@@ -14,12 +14,12 @@
 
 using namespace ImagingTests;
 using Imaging::CocoaGraphicsContext;
+using Imaging::Platform::NSBezierPath;
+using Imaging::Platform::NSColor;
+using Imaging::Platform::NSGraphicsContext;
 using Pixels::Canvas;
 using Pixels::composed;
 using Pixels::Random;
-using Platform::NSBezierPath;
-using Platform::NSColor;
-using Platform::NSGraphicsContext;
 
 namespace {
 
@@ -58,13 +58,13 @@ std::vector<std::pair<std::string, std::function<void(CocoaGraphicsContext&)>>> 
         {"frame", [=](auto& t) { t.drawFrameInside(rect, true); }},
         {"hint", [=](auto& t) { t.drawHintText("hint", rect); }},
         {"focus ring", [=](auto& t) { t.drawFocusRingInside(rect); }},
-        {"fill", [=](auto& t) { t.fillRect(rect, halfRed, Platform::NSCompositeSourceOver); }},
+        {"fill", [=](auto& t) { t.fillRect(rect, halfRed, Imaging::Platform::NSCompositeSourceOver); }},
         {"rect frame", [=](auto& t) { t.frameRect(rect, halfRed, 3); }},
         {"path fill", [=](auto& t) { t.fillBezierPath(oval, halfRed); }},
         {"path stroke", [=](auto& t) { t.strokeBezierPath(oval, halfRed); }},
-        {"image", [=](auto& t) { t.drawImage(node, rect, Platform::NSCompositeSourceOver, 0.5F); }},
+        {"image", [=](auto& t) { t.drawImage(node, rect, Imaging::Platform::NSCompositeSourceOver, 0.5F); }},
         {"image under records",
-         [=](auto& t) { t.drawImage(*node, list, Platform::NSCompositeSourceOver, 1); }},
+         [=](auto& t) { t.drawImage(*node, list, Imaging::Platform::NSCompositeSourceOver, 1); }},
     };
 }
 
@@ -95,7 +95,7 @@ TEST(CocoaGraphicsContext, FramesInwardsAndReplacesWhatIsThere) {
     const Grid ground = Random(313).grid(width, height);
     CocoaGraphicsContext target;
     const Grid grid = over(ground, [&] { target.frameRect(NSMakeRect(11, 7, 20, 13), halfRed, 3); });
-    Grid expected = withRect(ground, 11, 7, 20, 13, Platform::NSCompositeCopy, halfRedPixel);
+    Grid expected = withRect(ground, 11, 7, 20, 13, Imaging::Platform::NSCompositeCopy, halfRedPixel);
     for (int y = 10; y < 17; ++y) {
         for (int x = 14; x < 28; ++x) expected.at(x, height - 1 - y) = ground.at(x, height - 1 - y);
     }
@@ -103,15 +103,15 @@ TEST(CocoaGraphicsContext, FramesInwardsAndReplacesWhatIsThere) {
 }
 
 TEST(CocoaGraphicsContext, FramesTheFocusRingByItself) {
-    const Platform::Appearance before = Platform::appearance();
-    Platform::Appearance changed = before;
+    const Imaging::Platform::Appearance before = Imaging::Platform::appearance();
+    Imaging::Platform::Appearance changed = before;
     changed.keyboardFocusIndicator = NSColor::colorWithCalibratedRed(0, 1, 0, 1);
-    Platform::setAppearance(changed);
+    Imaging::Platform::setAppearance(changed);
     CocoaGraphicsContext target;
     const Grid ground = Random(314).grid(width, height);
     const Grid grid = over(ground, [&] { target.drawFocusRingInside(NSMakeRect(5, 3, 40, 38)); });
-    Platform::setAppearance(before);
-    Grid expected = withRect(ground, 13, 11, 24, 22, Platform::NSCompositeCopy, Pixels::green);
+    Imaging::Platform::setAppearance(before);
+    Grid expected = withRect(ground, 13, 11, 24, 22, Imaging::Platform::NSCompositeCopy, Pixels::green);
     for (int y = 13; y < 31; ++y) {
         for (int x = 15; x < 35; ++x) expected.at(x, height - 1 - y) = ground.at(x, height - 1 - y);
     }
@@ -123,12 +123,12 @@ TEST(CocoaGraphicsContext, FillsAndStrokesPathsSourceOver) {
     auto path = NSBezierPath::bezierPathWithRect(NSMakeRect(11, 7, 20, 13));
     CocoaGraphicsContext target;
     const Grid filled = over(ground, [&] { target.fillBezierPath(path, halfRed); });
-    EXPECT_TRUE(
-        areAlike(filled, withRect(ground, 11, 7, 20, 13, Platform::NSCompositeSourceOver, halfRedPixel), 1));
+    EXPECT_TRUE(areAlike(
+        filled, withRect(ground, 11, 7, 20, 13, Imaging::Platform::NSCompositeSourceOver, halfRedPixel), 1));
 
     path.setLineWidth(4); // two pixels to either side
     const Grid stroked = over(ground, [&] { target.strokeBezierPath(path, halfRed); });
-    Grid expected = withRect(ground, 9, 5, 24, 17, Platform::NSCompositeSourceOver, halfRedPixel);
+    Grid expected = withRect(ground, 9, 5, 24, 17, Imaging::Platform::NSCompositeSourceOver, halfRedPixel);
     for (int y = 9; y < 18; ++y) {
         for (int x = 13; x < 29; ++x) expected.at(x, height - 1 - y) = ground.at(x, height - 1 - y);
     }
@@ -144,13 +144,13 @@ TEST(CocoaGraphicsContext, DrawsTheFrameWithAndWithoutTheWindowBackground) {
     EXPECT_FALSE(areAlike(bare, ground));
 
     const Grid backed = over(ground, [&] { target.drawFrameInside(rect, true); });
-    const NSColor color = Platform::appearance().windowBackground;
+    const NSColor color = Imaging::Platform::appearance().windowBackground;
     const auto level = [](float component) {
         return static_cast<std::uint8_t>(std::lround(component * 255));
     };
     const Rgba background{level(color.redComponent()), level(color.greenComponent()),
                           level(color.blueComponent()), 255};
-    const Grid filled = withRect(ground, 4, 3, 50, 40, Platform::NSCompositeCopy, background);
+    const Grid filled = withRect(ground, 4, 3, 50, 40, Imaging::Platform::NSCompositeCopy, background);
     EXPECT_TRUE(areAlike(backed, over(filled, [&] { Imaging::DrawFrameInside(rect); })));
 }
 
@@ -168,7 +168,8 @@ TEST(CocoaGraphicsContext, DrawsANodeFittedIntoTheRectangleWithOperationAndAlpha
     const auto node = pictureNode(picture);
     const Grid ground = Random(318).grid(width, height);
     CocoaGraphicsContext target;
-    for (const int operation : {Platform::NSCompositeSourceOver, Platform::NSCompositeDestinationOut}) {
+    for (const int operation :
+         {Imaging::Platform::NSCompositeSourceOver, Imaging::Platform::NSCompositeDestinationOut}) {
         const Grid grid =
             over(ground, [&] { target.drawImage(node, NSMakeRect(11, 7, 5, 4), operation, 0.6F); });
         Grid expected = ground;
@@ -187,11 +188,11 @@ TEST(CocoaGraphicsContext, DrawsANodeByWalkingItsGraphWithoutATarget) {
     const auto above = nodeOver({node}, moved(3, 4));
     CocoaGraphicsContext target;
     Canvas canvas(width, height);
-    target.drawImage(above, NSMakeRect(7, 9, 20, 60), Platform::NSCompositeCopy, 0.25F);
+    target.drawImage(above, NSMakeRect(7, 9, 20, 60), Imaging::Platform::NSCompositeCopy, 0.25F);
     ASSERT_EQ(node->draws.size(), 1U);
     EXPECT_EQ(above->retainedDraws.size(), 0U);
     EXPECT_EQ(above->draws.at(0).imageContext, nullptr);
-    EXPECT_EQ(node->draws[0].operation, Platform::NSCompositeCopy);
+    EXPECT_EQ(node->draws[0].operation, Imaging::Platform::NSCompositeCopy);
     EXPECT_EQ(node->draws[0].fraction, 0.25F);
     EXPECT_EQ(node->draws[0].imageContext, nullptr);
 }
@@ -199,7 +200,7 @@ TEST(CocoaGraphicsContext, DrawsANodeByWalkingItsGraphWithoutATarget) {
 TEST(CocoaGraphicsContext, DrawsNothingForNoNode) {
     Canvas canvas(width, height);
     CocoaGraphicsContext target;
-    EXPECT_NO_THROW(target.drawImage(nullptr, NSMakeRect(1, 2, 3, 4), Platform::NSCompositeCopy, 1));
+    EXPECT_NO_THROW(target.drawImage(nullptr, NSMakeRect(1, 2, 3, 4), Imaging::Platform::NSCompositeCopy, 1));
     EXPECT_FALSE(canvas.context().hasPainted());
 }
 
@@ -222,10 +223,10 @@ TEST(CocoaGraphicsContext, DrawsImagesUnclippedWithoutAnImageClipRectangle) {
     const auto node = overflowingNode(Grid(20, 12, Pixels::red));
     CocoaGraphicsContext target;
     const Grid grid = over(Grid(width, height), [&] {
-        target.drawImage(node, NSMakeRect(9, 7, 4, 4), Platform::NSCompositeSourceOver, 1);
+        target.drawImage(node, NSMakeRect(9, 7, 4, 4), Imaging::Platform::NSCompositeSourceOver, 1);
     });
-    EXPECT_TRUE(
-        areAlike(grid, withRect(Grid(width, height), 9, 7, 20, 12, Platform::NSCompositeCopy, Pixels::red)));
+    EXPECT_TRUE(areAlike(
+        grid, withRect(Grid(width, height), 9, 7, 20, 12, Imaging::Platform::NSCompositeCopy, Pixels::red)));
 }
 
 TEST(CocoaGraphicsContext, ClipsImagesToTheirOwnRectangleWhereverTheImageClipRectangleLies) {
@@ -235,11 +236,11 @@ TEST(CocoaGraphicsContext, ClipsImagesToTheirOwnRectangleWhereverTheImageClipRec
                               NSMakeRect(10, 8, 1, 1), NSMakeRect(0, 0, 900, 900)}) {
         target.setImageClipRect(clip);
         const Grid grid = over(Grid(width, height), [&] {
-            target.drawImage(node, NSMakeRect(9, 7, 4, 4), Platform::NSCompositeSourceOver, 1);
+            target.drawImage(node, NSMakeRect(9, 7, 4, 4), Imaging::Platform::NSCompositeSourceOver, 1);
         });
-        EXPECT_TRUE(
-            areAlike(grid, withRect(Grid(width, height), 9, 7, 4, 4, Platform::NSCompositeCopy, Pixels::red)))
-            << Platform::NSStringFromRect(clip);
+        EXPECT_TRUE(areAlike(
+            grid, withRect(Grid(width, height), 9, 7, 4, 4, Imaging::Platform::NSCompositeCopy, Pixels::red)))
+            << Imaging::Platform::NSStringFromRect(clip);
     }
 }
 
@@ -248,10 +249,10 @@ TEST(CocoaGraphicsContext, ClipsNothingButImages) {
     target.setImageClipRect(NSMakeRect(1, 1, 2, 2));
     const Grid grid = over(Grid(width, height), [&] {
         target.fillRect(NSMakeRect(20, 20, 5, 5), NSColor::colorWithCalibratedRed(1, 0, 0, 1),
-                        Platform::NSCompositeCopy);
+                        Imaging::Platform::NSCompositeCopy);
     });
-    EXPECT_TRUE(
-        areAlike(grid, withRect(Grid(width, height), 20, 20, 5, 5, Platform::NSCompositeCopy, Pixels::red)));
+    EXPECT_TRUE(areAlike(
+        grid, withRect(Grid(width, height), 20, 20, 5, 5, Imaging::Platform::NSCompositeCopy, Pixels::red)));
 }
 
 TEST(CocoaGraphicsContext, CutsTheImageClipFromTheClipThatIsThere) {
@@ -259,12 +260,12 @@ TEST(CocoaGraphicsContext, CutsTheImageClipFromTheClipThatIsThere) {
     CocoaGraphicsContext target;
     target.setImageClipRect(NSMakeRect(1, 1, 1, 1));
     const Grid grid = over(Grid(width, height), [&] {
-        const Platform::NSGraphicsStateScope state;
-        Platform::NSRectClip(NSMakeRect(11, 0, 40, 40));
-        target.drawImage(node, NSMakeRect(9, 7, 4, 4), Platform::NSCompositeSourceOver, 1);
+        const Imaging::Platform::NSGraphicsStateScope state;
+        Imaging::Platform::NSRectClip(NSMakeRect(11, 0, 40, 40));
+        target.drawImage(node, NSMakeRect(9, 7, 4, 4), Imaging::Platform::NSCompositeSourceOver, 1);
     });
-    EXPECT_TRUE(
-        areAlike(grid, withRect(Grid(width, height), 11, 7, 2, 4, Platform::NSCompositeCopy, Pixels::red)));
+    EXPECT_TRUE(areAlike(
+        grid, withRect(Grid(width, height), 11, 7, 2, 4, Imaging::Platform::NSCompositeCopy, Pixels::red)));
 }
 
 TEST(CocoaGraphicsContext, AsImageContextShowsTheLeavesOfAGraph) {
@@ -283,14 +284,16 @@ TEST(CocoaGraphicsContext, AsImageContextShowsTheLeavesOfAGraph) {
         }
         return grid;
     };
-    const Grid whole =
-        over(ground, [&] { graph->drawWithTransform({}, Platform::NSCompositeSourceOver, 1, &target); });
+    const Grid whole = over(
+        ground, [&] { graph->drawWithTransform({}, Imaging::Platform::NSCompositeSourceOver, 1, &target); });
     EXPECT_TRUE(areAlike(whole, expected(1)));
-    const Grid faint =
-        over(ground, [&] { graph->drawWithTransform({}, Platform::NSCompositeSourceOver, 0.5F, &target); });
+    const Grid faint = over(ground, [&] {
+        graph->drawWithTransform({}, Imaging::Platform::NSCompositeSourceOver, 0.5F, &target);
+    });
     EXPECT_TRUE(areAlike(faint, expected(0.5), 1));
     EXPECT_TRUE(areAlike(
-        faint, over(ground, [&] { graph->drawWithTransform({}, Platform::NSCompositeSourceOver, 0.5F); })))
+        faint,
+        over(ground, [&] { graph->drawWithTransform({}, Imaging::Platform::NSCompositeSourceOver, 0.5F); })))
         << "as without a target";
 }
 
@@ -323,7 +326,7 @@ TEST(CocoaGraphicsContext, LeavesNoColourClipOrTransformBehind) {
         EXPECT_TRUE(canvas.context().hasPainted()) << name;
         EXPECT_TRUE(canvas.context().color().isEqual(color)) << name;
         EXPECT_EQ(canvas.context().savedStateCount(), 0U) << name;
-        Platform::NSRectFill(NSMakeRect(0, 0, width, height));
+        Imaging::Platform::NSRectFill(NSMakeRect(0, 0, width, height));
         EXPECT_TRUE(areAlike(canvas.pixels(), Grid(width, height, Pixels::green))) << name;
     }
 }
@@ -333,7 +336,7 @@ TEST(CocoaGraphicsContext, RestoresTheStateWhenDrawingThrows) {
         void drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList&, int, float,
                        IMGDrawingTarget*) override {
             NSGraphicsContext::currentContext()->saveGraphicsState();
-            Platform::NSRectClip(NSMakeRect(0, 0, 1, 1));
+            Imaging::Platform::NSRectClip(NSMakeRect(0, 0, 1, 1));
             throwSomething(Thrown::StandardException);
         }
     };
@@ -346,7 +349,7 @@ TEST(CocoaGraphicsContext, RestoresTheStateWhenDrawingThrows) {
     EXPECT_THROW(target.drawImage(*node, TransformAndClipList(), 2, 1), std::runtime_error);
     EXPECT_EQ(canvas.context().savedStateCount(), 0U);
     NSColor::colorWithCalibratedRed(0, 1, 0, 1).set();
-    Platform::NSRectFill(NSMakeRect(0, 0, width, height));
+    Imaging::Platform::NSRectFill(NSMakeRect(0, 0, width, height));
     EXPECT_TRUE(areAlike(canvas.pixels(), Grid(width, height, Pixels::green)));
 }
 

@@ -20,9 +20,9 @@ using Imaging::ColorTransformRecord;
 using Imaging::HueAdjustRecord;
 using Imaging::IMGColorTransformOp;
 using Imaging::IMGHueAdjustOp;
-using Platform::archivedDataWithRootObject;
-using Platform::NSPropertyListFormat;
-using Platform::unarchiveObjectOfClass;
+using Imaging::Platform::archivedDataWithRootObject;
+using Imaging::Platform::NSPropertyListFormat;
+using Imaging::Platform::unarchiveObjectOfClass;
 
 namespace {
 
@@ -174,7 +174,7 @@ struct Counter {
 };
 
 std::string xmlOf(const IMGImage& node) {
-    const Platform::NSData data = archivedDataWithRootObject(node, NSPropertyListFormat::XML);
+    const Imaging::Platform::NSData data = archivedDataWithRootObject(node, NSPropertyListFormat::XML);
     return {data.begin(), data.end()};
 }
 

@@ -21,18 +21,18 @@ using Imaging::bitmapRepresentationWithAlphaFormat;
 using Imaging::bitmapRepresentationWithCanonicalFormat;
 using Imaging::bitmapRepresentationWithMaskFormat;
 using Imaging::bitmapRepresentationWithRGBAFormat;
-using Platform::NSBitmapDescription;
-using Platform::NSBitmapImageRep;
+using Imaging::Platform::NSBitmapDescription;
+using Imaging::Platform::NSBitmapImageRep;
 
 using Bitmap = std::shared_ptr<NSBitmapImageRep>;
 using Conversion = Bitmap (*)(const NSImage&);
 
-inline constexpr auto white = Platform::NSCalibratedWhiteColorSpace;
-inline constexpr auto black = Platform::NSCalibratedBlackColorSpace;
-inline constexpr auto rgb = Platform::NSCalibratedRGBColorSpace;
-inline constexpr auto deviceWhite = Platform::NSDeviceWhiteColorSpace;
-inline constexpr auto deviceBlack = Platform::NSDeviceBlackColorSpace;
-inline constexpr auto deviceRGB = Platform::NSDeviceRGBColorSpace;
+inline constexpr auto white = Imaging::Platform::NSCalibratedWhiteColorSpace;
+inline constexpr auto black = Imaging::Platform::NSCalibratedBlackColorSpace;
+inline constexpr auto rgb = Imaging::Platform::NSCalibratedRGBColorSpace;
+inline constexpr auto deviceWhite = Imaging::Platform::NSDeviceWhiteColorSpace;
+inline constexpr auto deviceBlack = Imaging::Platform::NSDeviceBlackColorSpace;
+inline constexpr auto deviceRGB = Imaging::Platform::NSDeviceRGBColorSpace;
 
 inline constexpr std::array<Conversion, 5> allConversions = {
     bitmapRepresentationWithCanonicalFormat, bitmapRepresentationWithAlphaFormat,
@@ -111,7 +111,7 @@ inline std::uint16_t gray(std::uint16_t r, std::uint16_t g, std::uint16_t b) {
 inline Pixel same(const Pixel& p) { return p; }
 
 /// A form of a picture that is no bitmap, and has fewer pixels than any.
-class Vectors : public Platform::NSImageRep {
+class Vectors : public Imaging::Platform::NSImageRep {
 public:
     Vectors() : NSImageRep(1, 1) {}
 };

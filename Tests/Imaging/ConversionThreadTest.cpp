@@ -87,8 +87,8 @@ TEST(LargeConversion, RunsOnSeveralThreadsAtOnce) {
 
 TEST(LargeConversion, MakesTheWordsThatAreDrawn) {
     const Bitmap source = largeBitmap();
-    const Platform::CairoSurface surface =
-        Platform::pixelSurfaceOf(Platform::sourcePixels(*source), Platform::pixelLayout(*source));
+    const Imaging::Platform::CairoSurface surface = Imaging::Platform::pixelSurfaceOf(
+        Imaging::Platform::sourcePixels(*source), Imaging::Platform::pixelLayout(*source));
     const unsigned char* const data = cairo_image_surface_get_data(surface.get());
     const int stride = cairo_image_surface_get_stride(surface.get());
     for (int y = 0; y < high; ++y) {

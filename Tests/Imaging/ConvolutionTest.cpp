@@ -19,9 +19,9 @@ using namespace ImagingTests;
 using Imaging::IMGConvolutionOp;
 using Imaging::IMGGaussianOp;
 using Imaging::IMGKernel;
-using Platform::NSBitmapDescription;
-using Platform::NSBitmapImageRep;
-using Platform::NSData;
+using Imaging::Platform::NSBitmapDescription;
+using Imaging::Platform::NSBitmapImageRep;
+using Imaging::Platform::NSData;
 
 namespace {
 
@@ -39,8 +39,8 @@ Bitmap emptyBitmap(int width, int height, int samples, std::size_t padding = 0) 
     description.pixelsHigh = height;
     description.samplesPerPixel = samples;
     description.hasAlpha = samples % 2 == 0;
-    description.colorSpaceName =
-        samples < 3 ? Platform::NSCalibratedWhiteColorSpace : Platform::NSCalibratedRGBColorSpace;
+    description.colorSpaceName = samples < 3 ? Imaging::Platform::NSCalibratedWhiteColorSpace
+                                             : Imaging::Platform::NSCalibratedRGBColorSpace;
     description.bytesPerRow = static_cast<std::size_t>(width * samples) + padding;
     return NSBitmapImageRep::bitmapWithDescription(description);
 }
@@ -260,15 +260,15 @@ TEST(Convolution, RefusesKernelsThatAreNotWideOrHighEnough) {
 }
 
 TEST(Convolution, RefusesAKernelWithFewerTapsThanItsSizeSays) {
-    struct Lying : Platform::NSCoding {
+    struct Lying : Imaging::Platform::NSCoding {
         std::string archiveClassName() const override { return "IMGKernel"; }
-        void encodeWithCoder(Platform::NSCoder& coder) const override {
+        void encodeWithCoder(Imaging::Platform::NSCoder& coder) const override {
             coder.encodeSize({50000, 50000}, "size");
             coder.encodeData(NSData(40), "data");
         }
     };
-    const auto kernel =
-        Platform::unarchiveObjectOfClass<IMGKernel>(Platform::archivedDataWithRootObject(Lying()));
+    const auto kernel = Imaging::Platform::unarchiveObjectOfClass<IMGKernel>(
+        Imaging::Platform::archivedDataWithRootObject(Lying()));
     IMGConvolutionOp node(sourceOf(emptyBitmap(4, 4, 3)), kernel);
     try {
         node.untransformedImage();
@@ -306,14 +306,14 @@ TEST(Convolution, GivesAnEmptyResultForAPictureThatCannotBeConverted) {
 TEST(Convolution, CarriesTheColourProfileOver) {
     const Bitmap bitmap = emptyBitmap(5, 5, 3);
     const NSData profile = {1, 2, 3, 250};
-    bitmap->setProperty(Platform::NSImageColorSyncProfileData, profile);
-    bitmap->setProperty(Platform::NSImageOrientation, 6);
+    bitmap->setProperty(Imaging::Platform::NSImageColorSyncProfileData, profile);
+    bitmap->setProperty(Imaging::Platform::NSImageOrientation, 6);
     for (const Kernel& kernel :
          {IMGKernel::kernelSharpen(), IMGKernel::kernelSeparableGaussianWithSigma(1)}) {
         IMGConvolutionOp node(sourceOf(bitmap), kernel);
         const Bitmap result = bitmapOf(node.untransformedImage());
         ASSERT_EQ(result->properties().size(), 1U);
-        EXPECT_EQ(std::get<NSData>(*result->valueForProperty(Platform::NSImageColorSyncProfileData)),
+        EXPECT_EQ(std::get<NSData>(*result->valueForProperty(Imaging::Platform::NSImageColorSyncProfileData)),
                   profile);
     }
     IMGConvolutionOp plain(sourceOf(emptyBitmap(5, 5, 3)), IMGKernel::kernelSharpen());
@@ -431,8 +431,8 @@ TEST(Gaussian, RefusesARadiusOfTooManyTapsAndStaysAsItWas) {
 TEST(Convolution, ComesBackFromAnArchiveWithItsSourceAndKernel) {
     const auto source = pictureNode(distinctPicture(5, 4));
     const IMGConvolutionOp node(source, kernelOf(2, 2, {1, 2, 3, -4}, "mine"));
-    const auto back =
-        Platform::unarchiveObjectOfClass<IMGConvolutionOp>(Platform::archivedDataWithRootObject(node));
+    const auto back = Imaging::Platform::unarchiveObjectOfClass<IMGConvolutionOp>(
+        Imaging::Platform::archivedDataWithRootObject(node));
     ASSERT_EQ(back->sources().size(), 1U);
     EXPECT_EQ(back->kernel()->data(), node.kernel()->data());
     EXPECT_EQ(back->name(), "mine");
@@ -442,8 +442,8 @@ TEST(Convolution, ComesBackFromAnArchiveWithItsSourceAndKernel) {
 
 TEST(Convolution, WithoutAKernelIsArchivedWithoutOne) {
     const IMGConvolutionOp node(pictureNode(distinctPicture(5, 4)), nullptr);
-    const auto back =
-        Platform::unarchiveObjectOfClass<IMGConvolutionOp>(Platform::archivedDataWithRootObject(node));
+    const auto back = Imaging::Platform::unarchiveObjectOfClass<IMGConvolutionOp>(
+        Imaging::Platform::archivedDataWithRootObject(node));
     EXPECT_EQ(back->kernel(), nullptr);
     EXPECT_EQ(back->sources().size(), 1U);
 }
@@ -452,8 +452,8 @@ TEST(Convolution, SharesAKernelAcrossAnArchive) {
     const Kernel kernel = IMGKernel::kernelSharpen();
     const auto inner = std::make_shared<IMGConvolutionOp>(pictureNode(distinctPicture(5, 4)), kernel);
     const IMGConvolutionOp outer(inner, kernel);
-    const auto back =
-        Platform::unarchiveObjectOfClass<IMGConvolutionOp>(Platform::archivedDataWithRootObject(outer));
+    const auto back = Imaging::Platform::unarchiveObjectOfClass<IMGConvolutionOp>(
+        Imaging::Platform::archivedDataWithRootObject(outer));
     const auto below = std::dynamic_pointer_cast<IMGConvolutionOp>(back->sourceAtIndex(0));
     ASSERT_NE(below, nullptr);
     EXPECT_EQ(below->kernel(), back->kernel());
@@ -462,20 +462,20 @@ TEST(Convolution, SharesAKernelAcrossAnArchive) {
 TEST(Gaussian, TakesItsKernelFromTheArchiveAndNotFromTheRadius) {
     IMGGaussianOp node(pictureNode(distinctPicture(5, 4)), 2);
     node.setKernel(kernelOf(3, 1, {1, 1, 1}, "box"));
-    const auto back =
-        Platform::unarchiveObjectOfClass<IMGGaussianOp>(Platform::archivedDataWithRootObject(node));
+    const auto back = Imaging::Platform::unarchiveObjectOfClass<IMGGaussianOp>(
+        Imaging::Platform::archivedDataWithRootObject(node));
     EXPECT_EQ(back->radius(), 2.0F);
     EXPECT_EQ(back->kernel()->tapCount(), 3U);
     EXPECT_EQ(back->name(), "box");
 }
 
 TEST(Gaussian, OfAnArchiveWithoutItsKeysHasNoKernelAndTheRadiusZero) {
-    struct Bare : Platform::NSCoding {
+    struct Bare : Imaging::Platform::NSCoding {
         std::string archiveClassName() const override { return "IMGGaussianOp"; }
-        void encodeWithCoder(Platform::NSCoder&) const override {}
+        void encodeWithCoder(Imaging::Platform::NSCoder&) const override {}
     };
-    const auto node =
-        Platform::unarchiveObjectOfClass<IMGGaussianOp>(Platform::archivedDataWithRootObject(Bare()));
+    const auto node = Imaging::Platform::unarchiveObjectOfClass<IMGGaussianOp>(
+        Imaging::Platform::archivedDataWithRootObject(Bare()));
     EXPECT_EQ(node->radius(), 0.0F);
     EXPECT_EQ(node->kernel(), nullptr);
     EXPECT_TRUE(node->sources().empty());

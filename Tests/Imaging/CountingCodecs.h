@@ -13,10 +13,11 @@ namespace ImagingTests {
 class CountedCodec {
 public:
     explicit CountedCodec(const std::string& format)
-        : m_original(Platform::codecForFormat(format)), m_counter(std::make_shared<Counter>(m_original)) {
-        Platform::registerCodec(m_counter);
+        : m_original(Imaging::Platform::codecForFormat(format)),
+          m_counter(std::make_shared<Counter>(m_original)) {
+        Imaging::Platform::registerCodec(m_counter);
     }
-    ~CountedCodec() { Platform::registerCodec(m_original); }
+    ~CountedCodec() { Imaging::Platform::registerCodec(m_original); }
     CountedCodec(const CountedCodec&) = delete;
     CountedCodec& operator=(const CountedCodec&) = delete;
 
@@ -25,7 +26,7 @@ public:
     void failToEncode() { m_counter->failing = true; }
 
 private:
-    struct Counter : Platform::Codec {
+    struct Counter : Imaging::Platform::Codec {
         explicit Counter(std::shared_ptr<const Codec> its) : original(std::move(its)) {}
         std::shared_ptr<const Codec> original;
         mutable std::atomic<int> encodings = 0;
@@ -33,24 +34,29 @@ private:
         std::atomic<bool> failing = false;
 
         std::string_view formatName() const override { return original->formatName(); }
-        bool recognises(Platform::ByteView bytes) const override { return original->recognises(bytes); }
-        Platform::PictureHeader readHeader(Platform::ByteView bytes) const override {
+        bool recognises(Imaging::Platform::ByteView bytes) const override {
+            return original->recognises(bytes);
+        }
+        Imaging::Platform::PictureHeader readHeader(Imaging::Platform::ByteView bytes) const override {
             return original->readHeader(bytes);
         }
-        Platform::DecodedPicture decode(Platform::ByteView bytes,
-                                        const Platform::PictureLimits& limits) const override {
+        Imaging::Platform::DecodedPicture
+        decode(Imaging::Platform::ByteView bytes,
+               const Imaging::Platform::PictureLimits& limits) const override {
             ++decodings;
             return original->decode(bytes, limits);
         }
-        Platform::NSData encode(const Platform::PictureView& picture,
-                                const Platform::EncodeOptions& options) const override {
+        Imaging::Platform::NSData encode(const Imaging::Platform::PictureView& picture,
+                                         const Imaging::Platform::EncodeOptions& options) const override {
             ++encodings;
-            if (failing) throw Platform::CodecException(Platform::NSErrorCode::CorruptData, "as asked");
+            if (failing)
+                throw Imaging::Platform::CodecException(Imaging::Platform::NSErrorCode::CorruptData,
+                                                        "as asked");
             return original->encode(picture, options);
         }
     };
 
-    std::shared_ptr<const Platform::Codec> m_original;
+    std::shared_ptr<const Imaging::Platform::Codec> m_original;
     std::shared_ptr<Counter> m_counter;
 };
 

@@ -31,7 +31,7 @@ std::shared_ptr<TestNode> source() { return leaf(NSMakeRect(0, 0, 400, 300)); }
 
 /// The node's fitting: what its target rectangle, fitted to itself, makes of the source's space.
 NSAffineTransform fitting(const IMGCropAndScale& node) {
-    return node.transformFromSourceToDestination({Platform::NSZeroPoint, node.targetSize()});
+    return node.transformFromSourceToDestination({Imaging::Platform::NSZeroPoint, node.targetSize()});
 }
 
 NSPoint fitted(const IMGCropAndScale& node, float x, float y) {
@@ -418,9 +418,9 @@ TEST(CropAndScale, PassesOnWhatItsSourceThrowsAndLeavesTheContext) {
     const auto below = source();
     below->failing = Failing::Draw;
     const auto node = crop(below, NSMakeRect(0, 0, 4, 3), NSMakeSize(8, 8), SCALE_TO_FILL);
-    const auto before = Platform::NSGraphicsContext::currentContext();
+    const auto before = Imaging::Platform::NSGraphicsContext::currentContext();
     EXPECT_THROW(node->untransformedImage(), NSException);
-    EXPECT_EQ(Platform::NSGraphicsContext::currentContext(), before);
+    EXPECT_EQ(Imaging::Platform::NSGraphicsContext::currentContext(), before);
 }
 
 TEST(CropAndScale, DescribesItself) {

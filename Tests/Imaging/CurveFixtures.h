@@ -14,7 +14,7 @@
 namespace ImagingTests {
 
 using Imaging::BezierCurve;
-using Platform::NSPoint;
+using Imaging::Platform::NSPoint;
 
 struct ExactPoint {
     double x;

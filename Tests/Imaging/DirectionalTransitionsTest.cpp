@@ -9,7 +9,7 @@ using Imaging::IMGPushTransitionOp;
 using Imaging::IMGSlideChangerTransitionOp;
 using Imaging::IMGSlideTransitionOp;
 using Imaging::IMGWipeTransitionOp;
-using Platform::NSColor;
+using Imaging::Platform::NSColor;
 
 namespace {
 

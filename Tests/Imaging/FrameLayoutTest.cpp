@@ -19,7 +19,7 @@
 
 using namespace Pixels;
 using Imaging::DrawFrameInside;
-using Platform::NSMakeRect;
+using Imaging::Platform::NSMakeRect;
 
 namespace {
 
@@ -44,14 +44,14 @@ constexpr std::array<Piece, 9> allPieces{topLeft, top,        topRight, left,   
 
 void write(const TestSupport::TemporaryFolder& folder, const Piece& piece) {
     const auto png = bitmapOf(Grid(piece.width, piece.height, piece.color))
-                         ->representationUsingType(Platform::NSPNGFileType, {});
-    Platform::NSError error;
+                         ->representationUsingType(Imaging::Platform::NSPNGFileType, {});
+    Imaging::Platform::NSError error;
     if (!png || !writeToFileAtomically(*png, folder.path(std::string(piece.name) + ".png"), &error)) {
         throw std::runtime_error(error.message);
     }
 }
 
-Grid frameOn(int width, int height, Platform::NSRect rect) {
+Grid frameOn(int width, int height, Imaging::Platform::NSRect rect) {
     Canvas canvas(width, height);
     DrawFrameInside(rect);
     return canvas.pixels();
@@ -62,20 +62,20 @@ Grid frameOn(int width, int height, Platform::NSRect rect) {
 struct FrameLayout : testing::Test {
     static void SetUpTestSuite() {
         const TestSupport::TemporaryFolder folder;
-        Platform::setResourceFolder(folder.path(""));
+        Imaging::Platform::setResourceFolder(folder.path(""));
         for (const Piece& piece : allPieces) write(folder, piece);
         folder.write("box_right.png", "no picture");
         try {
             frameOn(60, 50, NSMakeRect(5, 5, 40, 30));
-        } catch (const Platform::NSException& exception) {
+        } catch (const Imaging::Platform::NSException& exception) {
             failure = exception;
         }
         write(folder, right);
         afterMending = frameOn(60, 50, NSMakeRect(11, 7, 40, 30));
     }
-    static void TearDownTestSuite() { Platform::setResourceFolder(""); }
+    static void TearDownTestSuite() { Imaging::Platform::setResourceFolder(""); }
 
-    static inline std::optional<Platform::NSException> failure;
+    static inline std::optional<Imaging::Platform::NSException> failure;
     static inline Grid afterMending;
 };
 
@@ -91,7 +91,7 @@ void lay(Grid& grid, const Piece& piece, int x, int y, int width, int height) {
 
 TEST_F(FrameLayout, NamesThePieceThatCannotBeRead) {
     ASSERT_TRUE(failure.has_value());
-    EXPECT_EQ(failure->name(), Platform::NSResourceException);
+    EXPECT_EQ(failure->name(), Imaging::Platform::NSResourceException);
     EXPECT_THAT(failure->reason(), testing::HasSubstr("box_right.png cannot be read: "));
     EXPECT_THAT(failure->reason(), testing::HasSubstr("; install the library's resources again"));
 }

@@ -17,7 +17,7 @@ Grid shown(NSImage& picture) {
 }
 
 std::shared_ptr<NSImage> pictureInFile(const std::string& name) {
-    return NSImage::imageWithContentsOfFile(Platform::pathForImageResource(name));
+    return NSImage::imageWithContentsOfFile(Imaging::Platform::pathForImageResource(name));
 }
 
 } // namespace
@@ -29,7 +29,7 @@ TEST(FramePieces, InTheFilesAreWhatTheProgramDraws) {
         names.insert(piece.name);
         const auto inFile = pictureInFile(piece.name);
         ASSERT_NE(inFile, nullptr) << piece.name;
-        EXPECT_TRUE(Platform::NSEqualSizes(inFile->size(), piece.picture->size())) << piece.name;
+        EXPECT_TRUE(Imaging::Platform::NSEqualSizes(inFile->size(), piece.picture->size())) << piece.name;
         // A file keeps colours apart from alpha, so faint ones come back a little rounded.
         EXPECT_TRUE(areAlike(shown(*inFile), shown(*piece.picture), 1)) << piece.name;
     }

@@ -19,10 +19,10 @@ using Imaging::GraphicsContext;
 using Imaging::IMGConstantImageGenerator;
 using Imaging::IMGNullGenerator;
 using Imaging::IMGSimpleFrameGenerator;
-using Platform::NSBezierPath;
-using Platform::NSBezierPathElement;
-using Platform::NSColor;
-using Platform::NSCompositeSourceOver;
+using Imaging::Platform::NSBezierPath;
+using Imaging::Platform::NSBezierPathElement;
+using Imaging::Platform::NSColor;
+using Imaging::Platform::NSCompositeSourceOver;
 
 /// Notes the paths that it is asked to fill, and fills them in the current context.
 class RecordingContext : public GraphicsContext {
@@ -36,7 +36,7 @@ public:
 
     void fillBezierPath(const NSBezierPath& path, const NSColor& color) override {
         fills.push_back({path, color});
-        const Platform::NSGraphicsStateScope state;
+        const Imaging::Platform::NSGraphicsStateScope state;
         color.set();
         path.fill();
     }
@@ -251,7 +251,7 @@ std::shared_ptr<NSBezierPath> squareAround(float low, float high, float holeLow,
     auto shape = std::make_shared<NSBezierPath>(
         NSBezierPath::bezierPathWithRect({{low, low}, {high - low, high - low}}));
     shape->appendBezierPathWithRect({{holeLow, holeLow}, {holeHigh - holeLow, holeHigh - holeLow}});
-    shape->setWindingRule(Platform::NSWindingRule::EvenOdd);
+    shape->setWindingRule(Imaging::Platform::NSWindingRule::EvenOdd);
     return shape;
 }
 
@@ -482,13 +482,13 @@ TEST(Generators, LeaveTheContextAsItWas) {
         canvas.context().setColor(NSColor::colorWithCalibratedRed(0, 0, 1, 1));
         node->drawImage(nullptr, listOf({{moved(1, 2), NSMakeRect(0, 0, 3, 3)}}), 2, 1, nullptr);
         EXPECT_EQ(canvas.context().savedStateCount(), 0U);
-        Platform::NSRectFill(NSMakeRect(0, 0, 8, 6));
+        Imaging::Platform::NSRectFill(NSMakeRect(0, 0, 8, 6));
         EXPECT_EQ(canvas.pixels(), Grid(8, 6, Pixels::blue));
     }
 }
 
 TEST(Generators, DoNothingWithoutAContext) {
-    ASSERT_EQ(Platform::NSGraphicsContext::currentContext(), nullptr);
+    ASSERT_EQ(Imaging::Platform::NSGraphicsContext::currentContext(), nullptr);
     for (const auto& node : oneOfEach({8, 6})) EXPECT_NO_THROW(node->drawWithTransform({}, 2, 1));
 }
 
@@ -517,8 +517,8 @@ TEST(Generators, CopyToNodesThatDrawTheSame) {
 
 TEST(Generators, ComeBackFromAnArchiveWithoutASizeAndDrawNothing) {
     for (const auto& node : oneOfEach({8, 6})) {
-        const Platform::NSData data = Platform::archivedDataWithRootObject(*node);
-        const auto back = Platform::unarchiveObjectOfClass<IMGImage>(data);
+        const Imaging::Platform::NSData data = Imaging::Platform::archivedDataWithRootObject(*node);
+        const auto back = Imaging::Platform::unarchiveObjectOfClass<IMGImage>(data);
         ASSERT_NE(back, nullptr);
         EXPECT_EQ(back->archiveClassName(), node->archiveClassName());
         EXPECT_TRUE(isSize(back->imageBounds().rectangle().size, 0, 0));

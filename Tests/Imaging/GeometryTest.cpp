@@ -9,12 +9,12 @@
 #include <random>
 
 using namespace Imaging;
+using Imaging::Platform::NSMakePoint;
+using Imaging::Platform::NSMakeRect;
+using Imaging::Platform::NSMakeSize;
 using ImagingTests::isPoint;
 using ImagingTests::isRect;
 using ImagingTests::isSize;
-using Platform::NSMakePoint;
-using Platform::NSMakeRect;
-using Platform::NSMakeSize;
 
 namespace {
 

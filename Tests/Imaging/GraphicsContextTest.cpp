@@ -10,7 +10,7 @@
 
 using namespace ImagingTests;
 using Imaging::GraphicsContext;
-using Platform::NSColor;
+using Imaging::Platform::NSColor;
 
 namespace {
 
@@ -22,11 +22,11 @@ public:
         NSColor color;
         float width;
     };
-    std::vector<Platform::NSView*> prepared;
+    std::vector<Imaging::Platform::NSView*> prepared;
     std::vector<Frame> frames;
     bool failsToPrepare = false;
 
-    void prepare(Platform::NSView* view) override {
+    void prepare(Imaging::Platform::NSView* view) override {
         prepared.push_back(view);
         if (failsToPrepare) throwSomething(Thrown::Exception);
     }
@@ -35,7 +35,9 @@ public:
     }
 };
 
-Platform::NSView* viewAt(std::uintptr_t address) { return reinterpret_cast<Platform::NSView*>(address); }
+Imaging::Platform::NSView* viewAt(std::uintptr_t address) {
+    return reinterpret_cast<Imaging::Platform::NSView*>(address);
+}
 
 } // namespace
 
@@ -51,7 +53,7 @@ TEST(GraphicsContext, PreparesOnceForTheFirstView) {
     NotingTarget target;
     target.prepareOnce(viewAt(0x10));
     target.prepareOnce(viewAt(0x20));
-    EXPECT_EQ(target.prepared, std::vector<Platform::NSView*>{viewAt(0x10)});
+    EXPECT_EQ(target.prepared, std::vector<Imaging::Platform::NSView*>{viewAt(0x10)});
 }
 
 TEST(GraphicsContext, CountsOnlyPrepareOnceAsPrepared) {
@@ -61,7 +63,7 @@ TEST(GraphicsContext, CountsOnlyPrepareOnceAsPrepared) {
     target.unprepare(viewAt(0x20));
     target.reprepare(viewAt(0x20));
     target.prepareOnce(viewAt(0x30));
-    EXPECT_EQ(target.prepared, (std::vector<Platform::NSView*>{viewAt(0x10), viewAt(0x20)}));
+    EXPECT_EQ(target.prepared, (std::vector<Imaging::Platform::NSView*>{viewAt(0x10), viewAt(0x20)}));
 }
 
 TEST(GraphicsContext, IsNotPreparedWhenPreparingFails) {
@@ -95,14 +97,14 @@ TEST(GraphicsContext, KeepsTheImageClipRectangleUntilTheNextFrame) {
 }
 
 TEST(GraphicsContext, FramesTheFocusRingEightInsideWithAWidthOfTwo) {
-    const Platform::Appearance before = Platform::appearance();
-    Platform::Appearance changed = before;
+    const Imaging::Platform::Appearance before = Imaging::Platform::appearance();
+    Imaging::Platform::Appearance changed = before;
     changed.keyboardFocusIndicator = NSColor::colorWithCalibratedRed(0.25F, 1, 0, 0.75F);
-    Platform::setAppearance(changed);
+    Imaging::Platform::setAppearance(changed);
     NotingTarget target;
     target.drawFocusRingInside(NSMakeRect(10, 20, 100, 50));
     target.drawFocusRingInside(NSMakeRect(1, 2, 10, 9));
-    Platform::setAppearance(before);
+    Imaging::Platform::setAppearance(before);
     ASSERT_EQ(target.frames.size(), 2U);
     EXPECT_TRUE(isRect(target.frames[0].rect, 18, 28, 84, 34));
     EXPECT_TRUE(target.frames[0].color.isEqual(changed.keyboardFocusIndicator));
@@ -116,7 +118,7 @@ TEST(GraphicsContext, DrawsNothingByItself) {
     Pixels::Canvas canvas(ground);
     GraphicsContext target;
     const NSRect rect = NSMakeRect(7, 5, 40, 30);
-    const auto oval = Platform::NSBezierPath::bezierPathWithOvalInRect(rect);
+    const auto oval = Imaging::Platform::NSBezierPath::bezierPathWithOvalInRect(rect);
     target.prepareOnce(nullptr);
     target.unprepare(nullptr);
     target.reprepare(nullptr);
@@ -124,12 +126,12 @@ TEST(GraphicsContext, DrawsNothingByItself) {
     target.drawFrameInside(rect, true);
     target.drawHintText("hint", rect);
     target.drawFocusRingInside(rect);
-    target.fillRect(rect, NSColor::blackColor(), Platform::NSCompositeCopy);
+    target.fillRect(rect, NSColor::blackColor(), Imaging::Platform::NSCompositeCopy);
     target.frameRect(rect, NSColor::blackColor(), 3);
     target.fillBezierPath(oval, NSColor::blackColor());
     target.strokeBezierPath(oval, NSColor::blackColor());
-    target.drawImage(node, rect, Platform::NSCompositeCopy, 1);
-    target.drawImage(*node, TransformAndClipList(), Platform::NSCompositeCopy, 1);
+    target.drawImage(node, rect, Imaging::Platform::NSCompositeCopy, 1);
+    target.drawImage(*node, TransformAndClipList(), Imaging::Platform::NSCompositeCopy, 1);
     target.preloadBitmap(nullptr, 1.5F);
     target.drawCubeTransition(node, node, rect, TransformAndClipList(), 1, 0.5F, 1);
     target.endDrawing();

@@ -19,29 +19,29 @@ using namespace ImagingTests;
 using Imaging::DrawFocusRingInside;
 using Imaging::DrawFrameInside;
 using Imaging::HintTextInFrame;
+using Imaging::Platform::NSColor;
 using Pixels::Canvas;
 using Pixels::Ink;
 using Pixels::inkOf;
 using Pixels::Random;
 using Pixels::transparent;
-using Platform::NSColor;
 
 namespace {
 
 struct GraphicsUtilities : testing::Test {
     ~GraphicsUtilities() override {
-        Platform::setAppearance(m_appearance);
-        Platform::setLogSink(nullptr);
+        Imaging::Platform::setAppearance(m_appearance);
+        Imaging::Platform::setLogSink(nullptr);
     }
 
     static void setFocusColor(const NSColor& color) {
-        Platform::Appearance changed = Platform::appearance();
+        Imaging::Platform::Appearance changed = Imaging::Platform::appearance();
         changed.keyboardFocusIndicator = color;
-        Platform::setAppearance(changed);
+        Imaging::Platform::setAppearance(changed);
     }
 
 private:
-    Platform::Appearance m_appearance = Platform::appearance();
+    Imaging::Platform::Appearance m_appearance = Imaging::Platform::appearance();
 };
 
 template<class Body>
@@ -53,7 +53,7 @@ Grid over(const Grid& ground, const Body& body) {
 
 /// A piece of the frame as it is in its file.
 Grid piece(const std::string& name) {
-    const auto picture = NSImage::imageWithContentsOfFile(Platform::pathForImageResource(name));
+    const auto picture = NSImage::imageWithContentsOfFile(Imaging::Platform::pathForImageResource(name));
     if (picture == nullptr) throw std::runtime_error(name + " cannot be read");
     return Pixels::shownBy(*picture, static_cast<int>(picture->size().width),
                            static_cast<int>(picture->size().height));
@@ -66,7 +66,8 @@ void lay(Grid& grid, const Grid& piece, int x, int y, int width, int height) {
             const Rgba pixel =
                 piece.above(std::min(column, piece.width() - 1), std::min(row, piece.height() - 1));
             Rgba& there = grid.at(x + column, grid.height() - 1 - y - row);
-            there = Pixels::rounded(Pixels::composed(Platform::NSCompositeSourceOver, pixel, there, 1, 1));
+            there = Pixels::rounded(
+                Pixels::composed(Imaging::Platform::NSCompositeSourceOver, pixel, there, 1, 1));
         }
     }
 }
@@ -108,7 +109,7 @@ TEST_F(GraphicsUtilities, FramesWithCornersInTheirSizeAndStretchedEdges) {
 TEST_F(GraphicsUtilities, FramesWithoutSeamsAlsoOnFinerScreens) {
     const NSAffineTransform finer({2, 0, 0, 2, 0, 0});
     const Grid grid = over(Grid(160, 140, Pixels::white), [&] {
-        Platform::NSGraphicsContext::currentContext()->concat(finer);
+        Imaging::Platform::NSGraphicsContext::currentContext()->concat(finer);
         DrawFrameInside(NSMakeRect(6, 5, 60, 50));
     });
     // From the middle outwards both ways, each row and column of an edge is the same as the one before.
@@ -197,7 +198,7 @@ TEST_F(GraphicsUtilities, LeaveTheColourAsItWas) {
 }
 
 TEST_F(GraphicsUtilities, DrawNothingWithoutACurrentContext) {
-    ASSERT_EQ(Platform::NSGraphicsContext::currentContext(), nullptr);
+    ASSERT_EQ(Imaging::Platform::NSGraphicsContext::currentContext(), nullptr);
     EXPECT_NO_THROW(DrawFrameInside(NSMakeRect(3, 5, 50, 40)));
     EXPECT_NO_THROW(DrawFocusRingInside(NSMakeRect(3, 5, 50, 40)));
     EXPECT_NO_THROW(HintTextInFrame(NSMakeRect(3, 5, 50, 40), "hint"));
@@ -205,7 +206,8 @@ TEST_F(GraphicsUtilities, DrawNothingWithoutACurrentContext) {
 
 TEST_F(GraphicsUtilities, PutTheMiddleOfTheHintIntoTheMiddleOfTheRectangle) {
     const std::string text = "HHHHHH";
-    const auto size = Platform::sizeOfText(text, Platform::NSFont::boldSystemFontOfSize(18));
+    const auto size =
+        Imaging::Platform::sizeOfText(text, Imaging::Platform::NSFont::boldSystemFontOfSize(18));
     for (const NSPoint corner : {NSMakePoint(11, 7), NSMakePoint(40, 25)}) {
         const Ink ink = inkOfHint({corner, NSMakeSize(150, 61)}, text, 240, 120);
         EXPECT_NEAR(ink.middleX(), corner.x + 75, 1.5) << ink;
@@ -216,12 +218,12 @@ TEST_F(GraphicsUtilities, PutTheMiddleOfTheHintIntoTheMiddleOfTheRectangle) {
 }
 
 TEST_F(GraphicsUtilities, DrawTheHintAtTheMidpointLessHalfItsSize) {
-    const auto font = Platform::NSFont::boldSystemFontOfSize(18);
+    const auto font = Imaging::Platform::NSFont::boldSystemFontOfSize(18);
     const std::string text = "A hint,\nsecond line";
-    const auto size = Platform::sizeOfText(text, font);
+    const auto size = Imaging::Platform::sizeOfText(text, font);
     const NSRect rect = NSMakeRect(13, 9, 180, 70);
     const Grid expected = over(Grid(220, 100), [&] {
-        Platform::drawTextAtPoint(
+        Imaging::Platform::drawTextAtPoint(
             text, font, NSColor::colorWithCalibratedWhite(2.0F / 3, 1),
             NSMakePoint(13 + 180 / 2.0F - size.width / 2, 9 + 70 / 2.0F - size.height / 2));
     });
@@ -241,17 +243,17 @@ TEST_F(GraphicsUtilities, WriteTheHintInLightGrayAndBold) {
         }
     }
     EXPECT_GT(full, 100);
-    const auto regular = Platform::NSFont::systemFontOfSize(18);
+    const auto regular = Imaging::Platform::NSFont::systemFontOfSize(18);
     const Grid thin = over(Grid(220, 60), [&] {
-        Platform::drawTextAtPoint("MMMMM", regular, NSColor::blackColor(), NSMakePoint(20, 20));
+        Imaging::Platform::drawTextAtPoint("MMMMM", regular, NSColor::blackColor(), NSMakePoint(20, 20));
     });
     EXPECT_GT(inkOf(grid).count, inkOf(thin).count);
 }
 
 TEST_F(GraphicsUtilities, TakeTheHintsColourFromTheAppearance) {
-    Platform::Appearance changed = Platform::appearance();
+    Imaging::Platform::Appearance changed = Imaging::Platform::appearance();
     changed.lightGray = NSColor::colorWithCalibratedRed(1, 0, 0, 1);
-    Platform::setAppearance(changed);
+    Imaging::Platform::setAppearance(changed);
     const Grid grid = over(Grid(120, 60), [] { HintTextInFrame(NSMakeRect(5, 5, 110, 50), "MMM"); });
     int full = 0;
     for (int y = 0; y < 60; ++y) {
@@ -295,14 +297,14 @@ TEST_F(GraphicsUtilities, DrawHintsOfEveryScriptInTheMiddle) {
 
 TEST_F(GraphicsUtilities, ReportNoErrorAsNothing) {
     std::vector<std::string> lines;
-    Platform::setLogSink([&](const std::string& line) { lines.push_back(line); });
+    Imaging::Platform::setLogSink([&](const std::string& line) { lines.push_back(line); });
     Imaging::ReportError(0, "somewhere.cpp", 17);
     EXPECT_TRUE(lines.empty());
 }
 
 TEST_F(GraphicsUtilities, ReportErrorsInOneLineThatNamesTheSamePlaceWhoeverCalls) {
     std::vector<std::string> lines;
-    Platform::setLogSink([&](const std::string& line) { lines.push_back(line); });
+    Imaging::Platform::setLogSink([&](const std::string& line) { lines.push_back(line); });
     Imaging::ReportError(0x0502, "somewhere.cpp", 17);
     Imaging::ReportError(1, nullptr, -5);
     EXPECT_EQ(lines, (std::vector<std::string>{"gl error Imaging/GraphicsUtilities 285 1282",

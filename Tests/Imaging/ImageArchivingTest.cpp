@@ -13,12 +13,12 @@
 #include <vector>
 
 using namespace ImagingTests;
-using Platform::archivedDataWithRootObject;
-using Platform::NSCoder;
-using Platform::NSCoding;
-using Platform::NSData;
-using Platform::NSPropertyListFormat;
-using Platform::unarchiveObjectOfClass;
+using Imaging::Platform::archivedDataWithRootObject;
+using Imaging::Platform::NSCoder;
+using Imaging::Platform::NSCoding;
+using Imaging::Platform::NSData;
+using Imaging::Platform::NSPropertyListFormat;
+using Imaging::Platform::unarchiveObjectOfClass;
 using TestSupport::TemporaryFolder;
 
 namespace {
@@ -97,7 +97,7 @@ Grid shown(IMGImage& node, int width, int height) {
 }
 
 NSData pngOf(const Grid& grid) {
-    return *Pixels::bitmapOf(grid)->representationUsingType(Platform::NSPNGFileType, {});
+    return *Pixels::bitmapOf(grid)->representationUsingType(Imaging::Platform::NSPNGFileType, {});
 }
 
 std::string writePicture(const TemporaryFolder& folder, const std::string& name, const Grid& grid) {
@@ -279,7 +279,7 @@ TEST(ArchivedPictureNode, FromMemoryComesBackWithItsPixels) {
         EXPECT_FALSE(back->fileName().has_value());
         EXPECT_TRUE(isRect(back->imageBoundsRect(), 0, 0, 5, 3));
         EXPECT_TRUE(Pixels::areAlike(shown(*back, 5, 3), grid, 1)); // unmultiplied and back
-        EXPECT_EQ(back->untransformedImage()->nsImage()->cacheMode(), Platform::NSImageCacheAlways);
+        EXPECT_EQ(back->untransformedImage()->nsImage()->cacheMode(), Imaging::Platform::NSImageCacheAlways);
     }
 }
 
@@ -298,7 +298,7 @@ TEST(ArchivedPictureNode, OfADeclaredResolutionComesBackOnePointAPixel) {
     const auto bitmap = Pixels::bitmapOf(distinctPicture(6, 4));
     bitmap->setSize(NSMakeSize(3, 2)); // 144 pixels an inch
     const auto node = Imaging::imagingImage(
-        NSImage::imageWithData(*bitmap->representationUsingType(Platform::NSTIFFFileType, {})));
+        NSImage::imageWithData(*bitmap->representationUsingType(Imaging::Platform::NSTIFFFileType, {})));
     ASSERT_TRUE(isRect(node->imageBoundsRect(), 0, 0, 6, 4));
     for (const NSPropertyListFormat format : formats) {
         const auto back = throughArchive(*node, format);
@@ -316,7 +316,7 @@ TEST(ArchivedPictureNode, PrefersThePictureToTheFile) {
     IMGImageFromNSImage node(keys);
     EXPECT_EQ(node.untransformedImage()->nsImage(), picture);
     EXPECT_EQ(node.fileName(), keys.strings["file-name"]);
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
 }
 
 TEST(ArchivedPictureNode, DoesNotTurnToTheFileForAPictureThatIsThereButNull) {

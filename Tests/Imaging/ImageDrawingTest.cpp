@@ -259,7 +259,7 @@ TEST(DrawingTheSources, AbandonsTheRestOfASourceThatThrows) {
 
 TEST(DrawingTheSources, LogsNothingOfWhatItSwallows) {
     int messages = 0;
-    Platform::setLogSink([&](const std::string&) { ++messages; });
+    Imaging::Platform::setLogSink([&](const std::string&) { ++messages; });
     const auto broken = leaf(NSMakeRect(1, 2, 3, 4));
     const auto root = nodeOver({broken}, turned);
     for (const Failing place : {Failing::Draw, Failing::Bounds, Failing::Transform}) {
@@ -269,8 +269,8 @@ TEST(DrawingTheSources, LogsNothingOfWhatItSwallows) {
     }
     root->failing = Failing::Draw;
     EXPECT_EQ(root->image(), nullptr);
-    EXPECT_FALSE(root->representationUsingType(Platform::NSPNGFileType, {}).has_value());
-    Platform::setLogSink(nullptr);
+    EXPECT_FALSE(root->representationUsingType(Imaging::Platform::NSPNGFileType, {}).has_value());
+    Imaging::Platform::setLogSink(nullptr);
     EXPECT_EQ(messages, 0);
 }
 

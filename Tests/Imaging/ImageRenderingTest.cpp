@@ -8,10 +8,10 @@
 #include <variant>
 
 using namespace ImagingTests;
-using Platform::NSBitmapImageRep;
-using Platform::NSData;
-using Platform::NSError;
-using Platform::NSErrorCode;
+using Imaging::Platform::NSBitmapImageRep;
+using Imaging::Platform::NSData;
+using Imaging::Platform::NSError;
+using Imaging::Platform::NSErrorCode;
 
 namespace {
 
@@ -34,7 +34,7 @@ Grid halves(int width, int height, Rgba left, Rgba right) {
 }
 
 std::string formatOf(const NSBitmapImageRep& bitmap) {
-    return std::get<std::string>(*bitmap.valueForProperty(Platform::NSImageSourceFormat));
+    return std::get<std::string>(*bitmap.valueForProperty(Imaging::Platform::NSImageSourceFormat));
 }
 
 } // namespace
@@ -122,14 +122,14 @@ TEST(ImageOfANode, IsNoneWithoutBoundsOrArea) {
 
 TEST(ImageOfANode, LeavesTheCurrentContextAsItWas) {
     const Pixels::Canvas canvas(4, 4);
-    const auto context = Platform::NSGraphicsContext::currentContext();
+    const auto context = Imaging::Platform::NSGraphicsContext::currentContext();
     const auto node = nodeOver({pictureNode(distinctPicture(5, 3))}, turned);
     EXPECT_NE(node->image(), nullptr);
-    EXPECT_EQ(Platform::NSGraphicsContext::currentContext(), context);
+    EXPECT_EQ(Imaging::Platform::NSGraphicsContext::currentContext(), context);
     node->failing = Failing::Draw;
     EXPECT_EQ(node->image(), nullptr);
-    EXPECT_FALSE(node->representationUsingType(Platform::NSPNGFileType, {}).has_value());
-    EXPECT_EQ(Platform::NSGraphicsContext::currentContext(), context);
+    EXPECT_FALSE(node->representationUsingType(Imaging::Platform::NSPNGFileType, {}).has_value());
+    EXPECT_EQ(Imaging::Platform::NSGraphicsContext::currentContext(), context);
 }
 
 TEST(RepresentationOfANode, IsALosslessFileOfTheNodeAtItsSize) {
@@ -140,7 +140,7 @@ TEST(RepresentationOfANode, IsALosslessFileOfTheNodeAtItsSize) {
     const struct {
         int type;
         const char* format;
-    } cases[] = {{Platform::NSTIFFFileType, "TIFF"}, {Platform::NSPNGFileType, "PNG"}};
+    } cases[] = {{Imaging::Platform::NSTIFFFileType, "TIFF"}, {Imaging::Platform::NSPNGFileType, "PNG"}};
     for (const auto& [type, format] : cases) {
         const std::optional<NSData> data = node->representationUsingType(type, {});
         ASSERT_TRUE(data.has_value()) << format;
@@ -159,8 +159,9 @@ TEST(RepresentationOfANode, IsAJPEGOfTheGivenQuality) {
     const Rgba blue{20, 60, 210, 255};
     const auto node = nodeOver({pictureNode(halves(32, 16, red, blue))}, matrix(-1, 0, 0, 1, 50, 3));
     const auto encoded = [&](double quality) {
-        return node->representationUsingType(Platform::NSJPEGFileType,
-                                             {{std::string(Platform::NSImageCompressionFactor), quality}});
+        return node->representationUsingType(
+            Imaging::Platform::NSJPEGFileType,
+            {{std::string(Imaging::Platform::NSImageCompressionFactor), quality}});
     };
     const std::optional<NSData> good = encoded(1.0);
     ASSERT_TRUE(good.has_value());
@@ -180,7 +181,8 @@ TEST(RepresentationOfANode, IsAJPEGOfTheGivenQuality) {
     const auto noisy = nodeOver({pictureNode(noise)});
     const auto sizeAt = [&](double quality) {
         const auto data = noisy->representationUsingType(
-            Platform::NSJPEGFileType, {{std::string(Platform::NSImageCompressionFactor), quality}});
+            Imaging::Platform::NSJPEGFileType,
+            {{std::string(Imaging::Platform::NSImageCompressionFactor), quality}});
         return data.has_value() ? data->size() : 0;
     };
     EXPECT_LT(sizeAt(0.1), sizeAt(0.9));
@@ -191,7 +193,7 @@ TEST(RepresentationOfANode, WalksTheGraphBySourceOverInFull) {
     node->defaultOperation = 13;
     node->defaultFraction = 0.25F;
     node->rendered = CCImage::ccImageWithNSImage(Pixels::imageOf(distinctPicture(5, 3)));
-    const auto data = node->representationUsingType(Platform::NSPNGFileType, {});
+    const auto data = node->representationUsingType(Imaging::Platform::NSPNGFileType, {});
     ASSERT_TRUE(data.has_value());
     ASSERT_EQ(node->draws.size(), 1U);
     EXPECT_EQ(node->draws[0].operation, 2);
@@ -209,15 +211,15 @@ TEST(RepresentationOfANode, LeavesOutASourceThatThrows) {
     const Grid picture = distinctPicture(5, 3);
     const auto broken = leaf(NSMakeRect(0, 0, 5, 3));
     broken->failing = Failing::Draw;
-    const auto data =
-        nodeOver({broken, pictureNode(picture)})->representationUsingType(Platform::NSPNGFileType, {});
+    const auto data = nodeOver({broken, pictureNode(picture)})
+                          ->representationUsingType(Imaging::Platform::NSPNGFileType, {});
     ASSERT_TRUE(data.has_value());
     EXPECT_TRUE(Pixels::areAlike(Pixels::gridOf(*NSBitmapImageRep::imageRepWithData(*data)), picture));
 }
 
 TEST(RepresentationOfANode, IsNoneForATypeThatCannotBeWritten) {
     const auto node = nodeOver({pictureNode(distinctPicture(5, 3))});
-    for (const int type : {Platform::NSJPEG2000FileType + 1, -1, 4711}) {
+    for (const int type : {Imaging::Platform::NSJPEG2000FileType + 1, -1, 4711}) {
         NSError error;
         EXPECT_FALSE(node->representationUsingType(type, {}, &error).has_value()) << type;
         EXPECT_EQ(error.code, NSErrorCode::UnsupportedFormat);
@@ -232,7 +234,8 @@ TEST(RepresentationOfANode, IsNoneWhereDrawingFails) {
             node->failing = place;
             node->thrown = kind;
             NSError error;
-            EXPECT_FALSE(node->representationUsingType(Platform::NSPNGFileType, {}, &error).has_value());
+            EXPECT_FALSE(
+                node->representationUsingType(Imaging::Platform::NSPNGFileType, {}, &error).has_value());
             EXPECT_NE(error.code, NSErrorCode::None);
             EXPECT_FALSE(error.message.empty());
         }
@@ -241,11 +244,12 @@ TEST(RepresentationOfANode, IsNoneWhereDrawingFails) {
 
 TEST(RepresentationOfANode, IsNoneWithoutBoundsOrArea) {
     NSError error;
-    EXPECT_FALSE(IMGImage().representationUsingType(Platform::NSPNGFileType, {}, &error).has_value());
+    EXPECT_FALSE(
+        IMGImage().representationUsingType(Imaging::Platform::NSPNGFileType, {}, &error).has_value());
     EXPECT_NE(error.message.find("[m_sources count] > 0"), std::string::npos);
     error = {};
     EXPECT_FALSE(nodeOver({leaf(NSMakeRect(4, 5, 0, 3))})
-                     ->representationUsingType(Platform::NSTIFFFileType, {}, &error)
+                     ->representationUsingType(Imaging::Platform::NSTIFFFileType, {}, &error)
                      .has_value());
     EXPECT_FALSE(error.message.empty());
 }

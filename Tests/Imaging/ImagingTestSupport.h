@@ -34,15 +34,15 @@ using Imaging::TransformAndClipList;
 using Imaging::TransformAndClipRect;
 using Pixels::Grid;
 using Pixels::Rgba;
-using Platform::NSAffineTransform;
-using Platform::NSException;
-using Platform::NSImage;
-using Platform::NSMakePoint;
-using Platform::NSMakeRect;
-using Platform::NSMakeSize;
-using Platform::NSPoint;
-using Platform::NSRect;
-using Platform::NSSize;
+using Imaging::Platform::NSAffineTransform;
+using Imaging::Platform::NSException;
+using Imaging::Platform::NSImage;
+using Imaging::Platform::NSMakePoint;
+using Imaging::Platform::NSMakeRect;
+using Imaging::Platform::NSMakeSize;
+using Imaging::Platform::NSPoint;
+using Imaging::Platform::NSRect;
+using Imaging::Platform::NSSize;
 
 // Values
 
@@ -53,7 +53,8 @@ inline NSAffineTransform matrix(float m11, float m12, float m21, float m22, floa
 inline NSAffineTransform moved(float x, float y) { return matrix(1, 0, 0, 1, x, y); }
 
 inline testing::AssertionResult isRect(NSRect r, float x, float y, float width, float height) {
-    if (Platform::NSEqualRects(r, NSMakeRect(x, y, width, height))) return testing::AssertionSuccess();
+    if (Imaging::Platform::NSEqualRects(r, NSMakeRect(x, y, width, height)))
+        return testing::AssertionSuccess();
     return testing::AssertionFailure() << "the rectangle is (" << r.origin.x << ", " << r.origin.y << ", "
                                        << r.size.width << ", " << r.size.height << ")";
 }
@@ -105,7 +106,7 @@ enum class Thrown { Exception, StandardException, Number };
 inline void throwSomething(Thrown kind) {
     switch (kind) {
     case Thrown::Exception:
-        throw NSException(Platform::NSGenericException, "thrown by a test");
+        throw NSException(Imaging::Platform::NSGenericException, "thrown by a test");
     case Thrown::StandardException:
         throw std::runtime_error("thrown by a test");
     case Thrown::Number:
@@ -226,9 +227,9 @@ public:
 template<class Body>
 Grid drawnOn(int width, int height, const Body& body) {
     NSImage picture(NSMakeSize(static_cast<float>(width), static_cast<float>(height)));
-    const Platform::NSImageFocus focus(picture);
+    const Imaging::Platform::NSImageFocus focus(picture);
     body();
-    const auto bitmap = Platform::NSBitmapImageRep::bitmapWithFocusedViewRect(
+    const auto bitmap = Imaging::Platform::NSBitmapImageRep::bitmapWithFocusedViewRect(
         NSMakeRect(0, 0, static_cast<float>(width), static_cast<float>(height)));
     return Pixels::gridOf(*bitmap);
 }
@@ -282,16 +283,16 @@ public:
     };
 
     ToleratedAssertions() : m_handler(std::make_shared<Handler>()) {
-        Platform::NSAssertionHandler::setCurrentHandler(m_handler);
+        Imaging::Platform::NSAssertionHandler::setCurrentHandler(m_handler);
     }
-    ~ToleratedAssertions() { Platform::NSAssertionHandler::setCurrentHandler(nullptr); }
+    ~ToleratedAssertions() { Imaging::Platform::NSAssertionHandler::setCurrentHandler(nullptr); }
     ToleratedAssertions(const ToleratedAssertions&) = delete;
     ToleratedAssertions& operator=(const ToleratedAssertions&) = delete;
 
     const std::vector<Failure>& failures() const { return m_handler->failures; }
 
 private:
-    struct Handler : Platform::NSAssertionHandler {
+    struct Handler : Imaging::Platform::NSAssertionHandler {
         std::vector<Failure> failures;
         void handleFailureInFile(const std::string& file, int line, const std::string& description) override {
             failures.push_back({file, line, description});
@@ -329,7 +330,7 @@ public:
     std::optional<Thrown> throwsOnDraw;
     std::optional<Thrown> throwsOnEncode;
     bool encodesNothing = false;
-    std::optional<Platform::NSData> encodesAs;
+    std::optional<Imaging::Platform::NSData> encodesAs;
 
     void drawInRect(NSRect destination, NSRect source, int operation, float fraction) override {
         drawings.push_back({destination, source, operation, fraction, imageLockIsHeld()});
@@ -337,7 +338,8 @@ public:
         NSImage::drawInRect(destination, source, operation, fraction);
     }
 
-    std::optional<Platform::NSData> TIFFRepresentation(Platform::NSError* error) const override {
+    std::optional<Imaging::Platform::NSData>
+    TIFFRepresentation(Imaging::Platform::NSError* error) const override {
         encodings.push_back(imageLockIsHeld());
         if (throwsOnEncode.has_value()) throwSomething(*throwsOnEncode);
         if (encodesNothing) return std::nullopt;

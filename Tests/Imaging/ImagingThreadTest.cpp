@@ -46,7 +46,8 @@ public:
         m_room.visit();
         NSImage::drawInRect(destination, source, operation, fraction);
     }
-    std::optional<Platform::NSData> TIFFRepresentation(Platform::NSError* error) const override {
+    std::optional<Imaging::Platform::NSData>
+    TIFFRepresentation(Imaging::Platform::NSError* error) const override {
         m_room.visit();
         return NSImage::TIFFRepresentation(error);
     }
@@ -103,7 +104,8 @@ TEST(PictureLock, MakesADrawWaitForAnEncoderOnAnotherThread) {
             : NSImage(NSMakeSize(2, 2)), m_meet(meet), m_done(done) {
             addRepresentation(Pixels::bitmapOf(Grid(2, 2, Pixels::red)));
         }
-        std::optional<Platform::NSData> TIFFRepresentation(Platform::NSError* error) const override {
+        std::optional<Imaging::Platform::NSData>
+        TIFFRepresentation(Imaging::Platform::NSError* error) const override {
             m_meet.arrive_and_wait();
             for (int i = 0; i < 1000; ++i) std::this_thread::yield();
             m_done = true;

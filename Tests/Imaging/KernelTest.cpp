@@ -17,7 +17,7 @@
 using Imaging::IMGKernel;
 using Imaging::NSData;
 using Imaging::NSSize;
-using Platform::NSException;
+using Imaging::Platform::NSException;
 
 namespace {
 
@@ -43,21 +43,22 @@ std::string exceptionOf(const Body& body) {
 }
 
 /// An archived kernel with some of its keys.
-struct PartsOfKernel : Platform::NSCoding {
+struct PartsOfKernel : Imaging::Platform::NSCoding {
     std::optional<NSSize> size;
     std::optional<NSData> data;
     std::optional<std::string> name;
 
     std::string archiveClassName() const override { return "IMGKernel"; }
-    void encodeWithCoder(Platform::NSCoder& coder) const override {
+    void encodeWithCoder(Imaging::Platform::NSCoder& coder) const override {
         if (size.has_value()) coder.encodeSize(*size, "size");
         if (data.has_value()) coder.encodeData(*data, "data");
         if (name.has_value()) coder.encodeString(*name, "name");
     }
 };
 
-Kernel unarchived(const Platform::NSCoding& object) {
-    return Platform::unarchiveObjectOfClass<IMGKernel>(Platform::archivedDataWithRootObject(object));
+Kernel unarchived(const Imaging::Platform::NSCoding& object) {
+    return Imaging::Platform::unarchiveObjectOfClass<IMGKernel>(
+        Imaging::Platform::archivedDataWithRootObject(object));
 }
 
 } // namespace

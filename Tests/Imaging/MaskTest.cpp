@@ -15,9 +15,9 @@
 using namespace ImagingTests;
 using Imaging::IMGMaskOp;
 using Imaging::MaskRecord;
-using Platform::archivedDataWithRootObject;
-using Platform::NSPropertyListFormat;
-using Platform::unarchiveObjectOfClass;
+using Imaging::Platform::archivedDataWithRootObject;
+using Imaging::Platform::NSPropertyListFormat;
+using Imaging::Platform::unarchiveObjectOfClass;
 
 namespace {
 

@@ -184,7 +184,8 @@ TEST(PathHit, HitsASymmetricSAlongItsChord) {
 }
 
 TEST(PathHit, FindsTheFourSidesOfARectangleButTheLast) {
-    const NSBezierPath path = NSBezierPath::bezierPathWithRect(Platform::NSMakeRect(-30, 15, 80, 40));
+    const NSBezierPath path =
+        NSBezierPath::bezierPathWithRect(Imaging::Platform::NSMakeRect(-30, 15, 80, 40));
     EXPECT_TRUE(isHitAt(hit(path, {-10, 16}, 2), 1, 0.25f));
     EXPECT_TRUE(isHitAt(hit(path, {49, 25}, 2), 2, 0.25f));
     EXPECT_TRUE(isHitAt(hit(path, {30, 54}, 2), 3, 0.25f));
@@ -207,7 +208,7 @@ TEST(PathHit, AgreesWithDenseSamplingAlongAnEllipse) {
     std::mt19937 random(seed);
     std::uniform_real_distribution<float> place(-120, 180);
     const NSBezierPath path =
-        NSBezierPath::bezierPathWithOvalInRect(Platform::NSMakeRect(-70, -40, 200, 120));
+        NSBezierPath::bezierPathWithOvalInRect(Imaging::Platform::NSMakeRect(-70, -40, 200, 120));
     int hits = 0;
     for (int round = 0; round < 300; ++round) {
         const NSPoint point{place(random), place(random)};
@@ -226,7 +227,7 @@ TEST(PathHit, AgreesWithDenseSamplingAlongAnEllipse) {
         std::array<NSPoint, 3> before;
         path.elementAtIndex(static_cast<std::size_t>(result.element), &points);
         const auto kind = path.elementAtIndex(static_cast<std::size_t>(result.element) - 1, &before);
-        const NSPoint start = kind == Platform::NSBezierPathElement::CurveTo ? before[2] : before[0];
+        const NSPoint start = kind == Imaging::Platform::NSBezierPathElement::CurveTo ? before[2] : before[0];
         const ExactCurve curve(BezierCurve{start, points[0], points[1], points[2]});
         ASSERT_LT(gap(point, exactPointAt(curve, result.param)), 12.5);
     }

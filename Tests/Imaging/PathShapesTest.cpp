@@ -16,7 +16,7 @@
 #include <string>
 
 using namespace Imaging;
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

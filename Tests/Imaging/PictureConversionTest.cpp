@@ -181,7 +181,7 @@ TEST(CanonicalConversion, OfADrawnPictureIsWhatWasDrawn) {
     const Grid grid = distinctPicture(width, height);
     NSImage picture(NSMakeSize(width, height));
     {
-        const Platform::NSImageFocus focus(picture);
+        const Imaging::Platform::NSImageFocus focus(picture);
         pictureNode(grid)->drawWithTransform(NSAffineTransform(), 2, 1);
     }
     const Bitmap result = bitmapRepresentationWithCanonicalFormat(picture);
@@ -325,7 +325,8 @@ TEST(ABGRConversion, IsAlwaysAFreshOne) {
     EXPECT_NE(first, source);
     EXPECT_NE(first, second);
     EXPECT_EQ(picture->encodings.size(), 2U);
-    EXPECT_EQ(picture->representations(), std::vector<std::shared_ptr<Platform::NSImageRep>>{source});
+    EXPECT_EQ(picture->representations(),
+              std::vector<std::shared_ptr<Imaging::Platform::NSImageRep>>{source});
 }
 
 TEST(ABGRConversion, MakesItOfAnyLayout) {

@@ -65,9 +65,9 @@ TEST(PictureConversions, AreNoneWhereEncodingFails) {
 TEST(PictureConversions, AreNoneWhereWhatWasEncodedCannotBeDecoded) {
     for (const Conversion conversion : allConversions) {
         const auto picture = pictureOf({someBitmap(deviceRGB, 3, false, 16)});
-        picture->encodesAs = Platform::NSData{'I', 'I', 42, 0, 1, 2, 3};
+        picture->encodesAs = Imaging::Platform::NSData{'I', 'I', 42, 0, 1, 2, 3};
         EXPECT_EQ(conversion(*picture), nullptr);
-        picture->encodesAs = Platform::NSData{};
+        picture->encodesAs = Imaging::Platform::NSData{};
         EXPECT_EQ(conversion(*picture), nullptr);
     }
 }

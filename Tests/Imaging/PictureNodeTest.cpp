@@ -15,16 +15,16 @@
 using namespace ImagingTests;
 using Imaging::cacheable;
 using Imaging::fixSize;
-using Platform::NSBitmapImageRep;
-using Platform::NSData;
-using Platform::NSError;
-using Platform::NSURL;
+using Imaging::Platform::NSBitmapImageRep;
+using Imaging::Platform::NSData;
+using Imaging::Platform::NSError;
+using Imaging::Platform::NSURL;
 using TestSupport::TemporaryFolder;
 
 namespace {
 
 NSData pngOf(const Grid& grid) {
-    return *Pixels::bitmapOf(grid)->representationUsingType(Platform::NSPNGFileType, {});
+    return *Pixels::bitmapOf(grid)->representationUsingType(Imaging::Platform::NSPNGFileType, {});
 }
 
 std::string writePicture(const TemporaryFolder& folder, const std::string& name, const Grid& grid) {
@@ -47,7 +47,7 @@ std::shared_ptr<NSImage> pictureOf(std::vector<std::shared_ptr<NSBitmapImageRep>
 }
 
 /// A form of a picture that is no bitmap.
-class Vectors : public Platform::NSImageRep {
+class Vectors : public Imaging::Platform::NSImageRep {
 public:
     Vectors(std::int64_t width, std::int64_t height) : NSImageRep(width, height) {}
 };
@@ -67,7 +67,7 @@ TEST(PictureNode, HoldsThePictureThatItWasMadeOf) {
     EXPECT_TRUE(node.sources().empty());
     EXPECT_FALSE(node.fileName().has_value());
     EXPECT_FALSE(node.name().has_value());
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
     EXPECT_TRUE(Pixels::areAlike(shown(node, 5, 3), grid));
 }
 
@@ -99,7 +99,7 @@ TEST(PictureNode, ReadsAFileAndRemembersItsPath) {
         EXPECT_EQ(node->name(), path);
         EXPECT_TRUE(node->sources().empty());
         EXPECT_TRUE(Pixels::areAlike(shown(*node, 5, 3), grid));
-        EXPECT_EQ(node->untransformedImage()->nsImage()->cacheMode(), Platform::NSImageCacheAlways);
+        EXPECT_EQ(node->untransformedImage()->nsImage()->cacheMode(), Imaging::Platform::NSImageCacheAlways);
     }
 }
 
@@ -124,12 +124,12 @@ TEST(PictureNode, IsNoneWhereThePictureCannotBeRead) {
     for (const std::string& path : {text, missing}) {
         NSError error;
         EXPECT_EQ(IMGImageFromNSImage::initWithContentsOfFile(path, &error), nullptr);
-        EXPECT_NE(error.code, Platform::NSErrorCode::None);
+        EXPECT_NE(error.code, Imaging::Platform::NSErrorCode::None);
         EXPECT_FALSE(error.message.empty());
         EXPECT_EQ(IMGImage::imageWithContentsOfFile(path), nullptr);
         error = {};
         EXPECT_EQ(IMGImageFromNSImage::initWithContentsOfURL(NSURL::fileURLWithPath(path), &error), nullptr);
-        EXPECT_NE(error.code, Platform::NSErrorCode::None);
+        EXPECT_NE(error.code, Imaging::Platform::NSErrorCode::None);
         EXPECT_EQ(IMGImage::imageWithContentsOfURL(NSURL::fileURLWithPath(path)), nullptr);
     }
 }
@@ -242,14 +242,14 @@ TEST(PreparingAPicture, MakesOnePointCoverOnePixel) {
     EXPECT_EQ(cacheable(picture), picture);
     EXPECT_TRUE(isSize(picture->size(), 30, 20));
     EXPECT_TRUE(picture->scalesWhenResized());
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
     EXPECT_FALSE(picture->isDataRetained());
 }
 
 TEST(PreparingAPicture, OfAPhotographAt300PixelsAnInchGivesItsPixelsAsBounds) {
     const auto photograph = Pixels::bitmapOf(Grid(3000, 2000, {70, 80, 90, 255}));
     photograph->setSize(NSMakeSize(720, 480));
-    const auto jpeg = photograph->representationUsingType(Platform::NSJPEGFileType, {});
+    const auto jpeg = photograph->representationUsingType(Imaging::Platform::NSJPEGFileType, {});
     ASSERT_TRUE(jpeg.has_value());
     const auto picture = NSImage::imageWithData(*jpeg);
     ASSERT_NE(picture, nullptr);
@@ -271,7 +271,7 @@ TEST(PreparingAPicture, ThatFitsLeavesTheScalingAlone) {
     cacheable(picture);
     EXPECT_TRUE(isSize(picture->size(), 30, 20));
     EXPECT_FALSE(picture->scalesWhenResized());
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
 }
 
 TEST(PreparingAPicture, OfSeveralUnequalBitmapsTakesTheLast) {
@@ -296,7 +296,7 @@ TEST(PreparingAPicture, LooksAtBitmapsOnly) {
     cacheable(picture);
     EXPECT_TRUE(isSize(picture->size(), 12, 8));
     EXPECT_FALSE(picture->scalesWhenResized());
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
     const auto empty = std::make_shared<NSImage>(NSMakeSize(12, 8));
     EXPECT_EQ(cacheable(empty), empty);
     EXPECT_TRUE(isSize(empty->size(), 12, 8));
@@ -313,7 +313,7 @@ TEST(FixingTheSize, CorrectsItAndRetainsTheDataInsteadOfScaling) {
     EXPECT_TRUE(isSize(picture->size(), 30, 20));
     EXPECT_TRUE(picture->isDataRetained());
     EXPECT_FALSE(picture->scalesWhenResized());
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
 }
 
 TEST(FixingTheSize, OfAPictureThatFitsTouchesTheCacheModeOnly) {
@@ -321,7 +321,7 @@ TEST(FixingTheSize, OfAPictureThatFitsTouchesTheCacheModeOnly) {
     fixSize(picture);
     EXPECT_TRUE(isSize(picture->size(), 30, 20));
     EXPECT_FALSE(picture->isDataRetained());
-    EXPECT_EQ(picture->cacheMode(), Platform::NSImageCacheAlways);
+    EXPECT_EQ(picture->cacheMode(), Imaging::Platform::NSImageCacheAlways);
 }
 
 TEST(FixingTheSize, OfSeveralUnequalBitmapsTakesTheLast) {

@@ -25,7 +25,7 @@ using Imaging::IMGBitmapFormatGrayscale;
 using Imaging::IMGBitmapFormatGrayscaleAlpha;
 using Imaging::IMGBitmapFormatRGB;
 using Imaging::IMGBitmapFormatRGBA;
-using Platform::NSBitmapImageRep;
+using Imaging::Platform::NSBitmapImageRep;
 
 inline constexpr IMGBitmapFormat allFormats[] = {IMGBitmapFormatGrayscale, IMGBitmapFormatGrayscaleAlpha,
                                                  IMGBitmapFormatRGB, IMGBitmapFormatRGBA};
@@ -59,13 +59,13 @@ public:
 
     /// A bitmap over these bytes, which must outlive it.
     std::shared_ptr<NSBitmapImageRep> bitmap() {
-        Platform::NSBitmapDescription description;
+        Imaging::Platform::NSBitmapDescription description;
         description.pixelsWide = m_width;
         description.pixelsHigh = m_height;
         description.samplesPerPixel = m_samples;
         description.hasAlpha = m_samples % 2 == 0;
-        description.colorSpaceName =
-            m_samples <= 2 ? Platform::NSCalibratedWhiteColorSpace : Platform::NSCalibratedRGBColorSpace;
+        description.colorSpaceName = m_samples <= 2 ? Imaging::Platform::NSCalibratedWhiteColorSpace
+                                                    : Imaging::Platform::NSCalibratedRGBColorSpace;
         description.bytesPerRow = static_cast<std::size_t>(m_row_length);
         return NSBitmapImageRep::bitmapOverPlanes(description, {m_bytes.data()});
     }

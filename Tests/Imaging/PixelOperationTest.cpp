@@ -119,7 +119,7 @@ TEST(PixelOperation, KeepsTheExactSizeOfPicturesWiderThanFloatsCount) {
 }
 
 TEST(PixelOperation, TakesAConvertedPictureWhereTheLayoutIsUnknown) {
-    Platform::NSBitmapDescription description;
+    Imaging::Platform::NSBitmapDescription description;
     description.pixelsWide = 3;
     description.pixelsHigh = 2;
     description.bitsPerSample = 16;
@@ -137,7 +137,7 @@ TEST(PixelOperation, TakesAConvertedPictureWhereTheLayoutIsUnknown) {
 
 TEST(PixelOperation, CarriesNoColorProfileOver) {
     const auto bitmap = Pixels::bitmapOf(transparentPicture(2, 2));
-    bitmap->setProperty(Platform::NSImageColorSyncProfileData, Platform::NSData{1, 2, 3});
+    bitmap->setProperty(Imaging::Platform::NSImageColorSyncProfileData, Imaging::Platform::NSData{1, 2, 3});
     const auto picture = std::make_shared<NSImage>(NSMakeSize(2, 2));
     picture->addRepresentation(bitmap);
     UntilChanged node(std::make_shared<IMGImageFromNSImage>(picture));
@@ -184,10 +184,10 @@ TEST(PixelOperation, PassesOnWhatTheComputationThrowsAndKeepsNothing) {
 
 TEST(PixelOperation, RefusesAResultBeyondThePictureLimits) {
     UntilChanged node(pictureNode(transparentPicture(8, 8)));
-    const Platform::PictureLimits before = Platform::pictureLimits();
-    Platform::setPictureLimits({63, before.maximumBytes});
+    const Imaging::Platform::PictureLimits before = Imaging::Platform::pictureLimits();
+    Imaging::Platform::setPictureLimits({63, before.maximumBytes});
     EXPECT_THROW(node.untransformedImage(), NSException);
-    Platform::setPictureLimits(before);
+    Imaging::Platform::setPictureLimits(before);
     EXPECT_NE(node.untransformedImage(), nullptr);
 }
 

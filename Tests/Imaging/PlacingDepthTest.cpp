@@ -53,8 +53,8 @@ std::shared_ptr<IMGImage> towerOfAllKinds(std::shared_ptr<IMGImage> source, NSSi
         top = IMGAffineTransformOp::transformBy(NSAffineTransform(), top);
         top = IMGTransposeOp::transposeOfType(FLIP_HORIZONTAL, top);
         top = IMGTransposeOp::transposeOfType(FLIP_HORIZONTAL, top);
-        top = IMGCropAndScale::cropWithSourceImage(top, {Platform::NSZeroPoint, size}, size, SCALE_TO_FILL,
-                                                   true);
+        top = IMGCropAndScale::cropWithSourceImage(top, {Imaging::Platform::NSZeroPoint, size}, size,
+                                                   SCALE_TO_FILL, true);
         top = std::make_shared<IMGCanvas>(size, IMGImage::Sources{top});
         top = IMGTransposeOp::transposeOfType(ROTATE_180, top);
         top = IMGTransposeOp::transposeOfType(ROTATE_180, top);
@@ -114,7 +114,7 @@ TEST(DeepPlacing, AThousandNodesOfAllKindsDrawAndAnswerBounds) {
 
 TEST(DeepPlacing, AThousandNodesComeBackFromTheirArchive) {
     const auto top = towerOfAllKinds(pictureNode(distinctPicture(5, 3)), NSMakeSize(5, 3));
-    const auto back = archivedAndBack(*top, Platform::NSPropertyListFormat::Binary);
+    const auto back = archivedAndBack(*top, Imaging::Platform::NSPropertyListFormat::Binary);
     EXPECT_TRUE(Pixels::areAlike(walked(*back, 5, 3), distinctPicture(5, 3)));
 }
 

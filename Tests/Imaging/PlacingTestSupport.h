@@ -33,7 +33,7 @@ private:
 };
 
 /// A coder over the plain values of one object.
-class PlainValues : public Platform::NSCoder {
+class PlainValues : public Imaging::Platform::NSCoder {
 public:
     std::set<std::string> keys;
     std::map<std::string, std::int64_t, std::less<>> numbers;
@@ -46,7 +46,7 @@ public:
     PlainValues() = default;
     explicit PlainValues(const IMGImage& node) { node.encodeWithCoder(*this); }
 
-    void encodeArray(const std::vector<const Platform::NSCoding*>&, std::string_view key) override {
+    void encodeArray(const std::vector<const Imaging::Platform::NSCoding*>&, std::string_view key) override {
         keys.emplace(key);
     }
     void encodeInt(std::int64_t v, std::string_view key) override { keep(numbers, v, key); }
@@ -58,7 +58,8 @@ public:
         keep(transforms, v, key);
     }
 
-    std::optional<std::vector<std::shared_ptr<Platform::NSCoding>>> decodeArray(std::string_view) override {
+    std::optional<std::vector<std::shared_ptr<Imaging::Platform::NSCoding>>>
+    decodeArray(std::string_view) override {
         return std::nullopt;
     }
     std::int64_t decodeInt(std::string_view key) override { return kept(numbers, key).value_or(0); }
@@ -87,12 +88,13 @@ private:
 
 /// The node as it comes back from an archive of either format.
 template<class Node>
-std::shared_ptr<Node> archivedAndBack(const Node& node, Platform::NSPropertyListFormat format) {
-    return Platform::unarchiveObjectOfClass<Node>(Platform::archivedDataWithRootObject(node, format));
+std::shared_ptr<Node> archivedAndBack(const Node& node, Imaging::Platform::NSPropertyListFormat format) {
+    return Imaging::Platform::unarchiveObjectOfClass<Node>(
+        Imaging::Platform::archivedDataWithRootObject(node, format));
 }
 
-inline constexpr Platform::NSPropertyListFormat bothFormats[] = {Platform::NSPropertyListFormat::Binary,
-                                                                 Platform::NSPropertyListFormat::XML};
+inline constexpr Imaging::Platform::NSPropertyListFormat bothFormats[] = {
+    Imaging::Platform::NSPropertyListFormat::Binary, Imaging::Platform::NSPropertyListFormat::XML};
 
 /// What a graph shows in the lower left part of its space, drawn by walking it.
 inline Grid walked(IMGImage& node, int width, int height, const NSAffineTransform& transform = {}) {

@@ -14,7 +14,7 @@
 namespace {
 
 using namespace Imaging;
-using Platform::NSMakeRect;
+using Imaging::Platform::NSMakeRect;
 using PolygonOracle::Point;
 using PolygonOracle::Ring;
 using PolygonOracle::Rings;
@@ -158,7 +158,8 @@ TEST(ClipPolygonToTransformedRect, NarrowsStepByStepAsOracleAreasSay) {
             gpc_owned_polygon limit;
             AddRectToPolygon(&limit, rect);
             TransformPolygon(&limit, transform);
-            const auto expected = PolygonOracle::StripAreas(Platform::GPC_INT, before, ringsOf(limit)).area();
+            const auto expected =
+                PolygonOracle::StripAreas(Imaging::Platform::GPC_INT, before, ringsOf(limit)).area();
             EXPECT_NEAR(static_cast<double>(PolygonOracle::signedArea(ringsOf(polygon))),
                         static_cast<double>(expected), 1e-4);
         }

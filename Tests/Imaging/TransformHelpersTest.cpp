@@ -16,15 +16,15 @@
 #include <unistd.h>
 
 using namespace Imaging;
+using Imaging::Platform::NSException;
+using Imaging::Platform::NSMakePoint;
+using Imaging::Platform::NSMakeRect;
+using Imaging::Platform::NSMakeSize;
 using ImagingTests::isPoint;
 using ImagingTests::isRect;
 using ImagingTests::isTransform;
 using ImagingTests::matrix;
 using ImagingTests::moved;
-using Platform::NSException;
-using Platform::NSMakePoint;
-using Platform::NSMakeRect;
-using Platform::NSMakeSize;
 
 namespace {
 
@@ -210,6 +210,6 @@ TEST(TransformDescription, WidensTheFloatsAndPrintsAllTheirDigits) {
 }
 
 TEST(PictureBounds, AreTheSizeAtTheOrigin) {
-    const Platform::NSImage picture(NSMakeSize(37.5f, 22));
+    const Imaging::Platform::NSImage picture(NSMakeSize(37.5f, 22));
     EXPECT_TRUE(isRect(bounds(picture), 0, 0, 37.5f, 22));
 }

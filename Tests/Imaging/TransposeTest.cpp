@@ -108,7 +108,7 @@ TEST(TransposeTypes, RefuseANumberThatIsNoModification) {
             IMGTransposeOp::type(ROTATE_0, modification);
             ADD_FAILURE() << modification;
         } catch (const NSException& exception) {
-            EXPECT_EQ(exception.name(), Platform::NSInternalInconsistencyException);
+            EXPECT_EQ(exception.name(), Imaging::Platform::NSInternalInconsistencyException);
             EXPECT_EQ(exception.reason(),
                       "Invalid parameter not satisfying: modification_type >= MODIFY_ROTATE_CLOCKWISE && "
                       "modification_type <= MODIFY_FLIP_VERTICAL");

@@ -159,11 +159,11 @@ private:
 };
 
 /// A bitmap of calibrated RGB with alpha last, premultiplied.
-inline std::shared_ptr<Platform::NSBitmapImageRep> bitmapOf(const Grid& grid) {
-    Platform::NSBitmapDescription description;
+inline std::shared_ptr<Imaging::Platform::NSBitmapImageRep> bitmapOf(const Grid& grid) {
+    Imaging::Platform::NSBitmapDescription description;
     description.pixelsWide = grid.width();
     description.pixelsHigh = grid.height();
-    auto bitmap = Platform::NSBitmapImageRep::bitmapWithDescription(description);
+    auto bitmap = Imaging::Platform::NSBitmapImageRep::bitmapWithDescription(description);
     for (int y = 0; y < grid.height(); ++y) {
         for (int x = 0; x < grid.width(); ++x) {
             const Rgba& p = grid.at(x, y);
@@ -174,15 +174,15 @@ inline std::shared_ptr<Platform::NSBitmapImageRep> bitmapOf(const Grid& grid) {
 }
 
 /// A picture of one point a pixel.
-inline std::shared_ptr<Platform::NSImage> imageOf(const Grid& grid) {
-    auto image = std::make_shared<Platform::NSImage>(
-        Platform::NSMakeSize(static_cast<float>(grid.width()), static_cast<float>(grid.height())));
+inline std::shared_ptr<Imaging::Platform::NSImage> imageOf(const Grid& grid) {
+    auto image = std::make_shared<Imaging::Platform::NSImage>(
+        Imaging::Platform::NSMakeSize(static_cast<float>(grid.width()), static_cast<float>(grid.height())));
     image->addRepresentation(bitmapOf(grid));
     return image;
 }
 
 /// A bitmap of 8-bit premultiplied RGB with alpha last as a table.
-inline Grid gridOf(const Platform::NSBitmapImageRep& bitmap) {
+inline Grid gridOf(const Imaging::Platform::NSBitmapImageRep& bitmap) {
     Grid grid(static_cast<int>(bitmap.pixelsWide()), static_cast<int>(bitmap.pixelsHigh()));
     if (bitmap.bitsPerSample() != 8 || bitmap.samplesPerPixel() != 4 || !bitmap.hasAlpha()) {
         throw std::invalid_argument("only RGBA of 8 bits is read here");
@@ -239,32 +239,34 @@ public:
     explicit Canvas(const Grid& content)
         : m_surface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, content.width(), content.height())),
           m_cairo(cairo_create(m_surface.get())),
-          m_context(Platform::NSGraphicsContext::graphicsContextWithCairo(m_cairo.get(), content.height())),
-          m_previous(Platform::NSGraphicsContext::currentContext()) {
+          m_context(Imaging::Platform::NSGraphicsContext::graphicsContextWithCairo(m_cairo.get(),
+                                                                                   content.height())),
+          m_previous(Imaging::Platform::NSGraphicsContext::currentContext()) {
         fillSurface(m_surface.get(), content);
-        Platform::NSGraphicsContext::setCurrentContext(m_context);
+        Imaging::Platform::NSGraphicsContext::setCurrentContext(m_context);
     }
-    ~Canvas() { Platform::NSGraphicsContext::setCurrentContext(m_previous); }
+    ~Canvas() { Imaging::Platform::NSGraphicsContext::setCurrentContext(m_previous); }
     Canvas(const Canvas&) = delete;
     Canvas& operator=(const Canvas&) = delete;
 
-    Platform::NSGraphicsContext& context() { return *m_context; }
+    Imaging::Platform::NSGraphicsContext& context() { return *m_context; }
     cairo_t* cairo() { return m_cairo.get(); }
     cairo_surface_t* surface() { return m_surface.get(); }
     Grid pixels() { return gridOf(m_surface.get()); }
 
 private:
-    Platform::CairoSurface m_surface;
-    Platform::CairoContext m_cairo;
-    std::shared_ptr<Platform::NSGraphicsContext> m_context;
-    std::shared_ptr<Platform::NSGraphicsContext> m_previous;
+    Imaging::Platform::CairoSurface m_surface;
+    Imaging::Platform::CairoContext m_cairo;
+    std::shared_ptr<Imaging::Platform::NSGraphicsContext> m_context;
+    std::shared_ptr<Imaging::Platform::NSGraphicsContext> m_previous;
 };
 
 /// What a drawn picture shows, one pixel a point, copied onto pixels of their own.
-inline Grid shownBy(Platform::NSImage& image, int width, int height) {
+inline Grid shownBy(Imaging::Platform::NSImage& image, int width, int height) {
     Canvas canvas(width, height);
-    image.drawInRect(Platform::NSMakeRect(0, 0, static_cast<float>(width), static_cast<float>(height)),
-                     Platform::NSZeroRect, Platform::NSCompositeCopy, 1);
+    image.drawInRect(
+        Imaging::Platform::NSMakeRect(0, 0, static_cast<float>(width), static_cast<float>(height)),
+        Imaging::Platform::NSZeroRect, Imaging::Platform::NSCompositeCopy, 1);
     return canvas.pixels();
 }
 

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <new>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -226,4 +226,4 @@ int CommandLine::run(const std::vector<std::string>& arguments) {
 
 int runCommandLine(const std::vector<std::string>& arguments) { return CommandLine().run(arguments); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -3,10 +3,10 @@
 #include <string>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Parses the arguments (without the program's name) and runs the subcommand that they name. Whatever goes
 /// wrong is reported. The result is the process's exit status.
 int runCommandLine(const std::vector<std::string>& arguments);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -6,7 +6,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -120,4 +120,4 @@ std::string enumeration(const std::vector<std::string>& words) {
     return result;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// What the command tells people, apart from what they asked for: everything here goes to standard error.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The input or output was bad: ends the command with status 1 and the line "imaging: SUBJECT: what".
 class Failure : public std::runtime_error {
@@ -49,4 +49,4 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& kn
 /// "a, b and c"
 std::string enumeration(const std::vector<std::string>& words);
 
-} // namespace Tool
+} // namespace Imaging::Tool

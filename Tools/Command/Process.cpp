@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -128,4 +128,4 @@ CreationScope::~CreationScope() {
     if (--t_creation_depth == 0) --g_creations;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -5,7 +5,7 @@
 #include <cstddef>
 
 /// The process's surroundings: signals and the three standard descriptors.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// To be called first. A full disk and a closed pipe become errors of the write instead of signals; an
 /// interrupt takes away the progress line, undoes what is unfinished and ends the process as usual, but never
@@ -65,4 +65,4 @@ private:
     BlockedSignals m_blocked;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -7,7 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -80,4 +80,4 @@ std::string Progress::line(Clock::time_point now) const {
     return text + ": " + m_name;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The columns of the terminal on standard error, or 80.
 std::size_t terminalColumns();
@@ -47,4 +47,4 @@ private:
     std::thread m_thread; ///< shows the line while the work blocks in a picture or on the network
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

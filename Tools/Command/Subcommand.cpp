@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -65,4 +65,4 @@ const std::string& Subcommand::onlyOperand(const std::string& what) const {
     return all.front();
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -9,7 +9,7 @@ class App;
 }
 
 /// The subcommands, one in a file, all of this shape.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// What people are told about a subcommand.
 struct SubcommandText {
@@ -75,4 +75,4 @@ std::unique_ptr<Subcommand> makeShowCommand();
 std::unique_ptr<Subcommand> makeTransitionCommand();
 std::unique_ptr<Subcommand> makeTransitionsCommand();
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -5,7 +5,7 @@
 #include <thread>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Blocks all signals on the calling thread until the end of the scope. Nests.
 class BlockedSignals {
@@ -30,4 +30,4 @@ std::thread threadWithoutSignals(Work work) {
     return std::thread(std::move(work));
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

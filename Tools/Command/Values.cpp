@@ -4,7 +4,7 @@
 #include <charconv>
 #include <optional>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 
@@ -144,4 +144,4 @@ Fit parseFit(const std::string& text, const std::string& option) {
     return parseWord(text, option, "way to fit", words);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

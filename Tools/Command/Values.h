@@ -12,7 +12,7 @@
 
 /// The values that options take. Everything here throws a UsageError that begins with the option's name and
 /// says what would have been right. Numbers have a point whatever the locale.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A whole number in a range, ends included.
 std::int64_t parseNumber(std::string_view text, const std::string& option, std::int64_t low,
@@ -56,4 +56,4 @@ enum class Fit { Contain, Cover, Stretch };
 
 Fit parseFit(const std::string& text, const std::string& option);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 using Platform::NSRect;
@@ -90,4 +90,4 @@ ExitStatus ApplyCommand::run() {
 
 std::unique_ptr<Subcommand> makeApplyCommand() { return std::make_unique<ApplyCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <map>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Imaging::IMGImageFromNSImage;
@@ -183,4 +183,4 @@ ExitStatus ArchiveCommand::run() {
 
 std::unique_ptr<Subcommand> makeArchiveCommand() { return std::make_unique<ArchiveCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 using Platform::NSRect;
@@ -168,4 +168,4 @@ ExitStatus DrawCommand::run() {
 
 std::unique_ptr<Subcommand> makeDrawCommand() { return std::make_unique<DrawCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

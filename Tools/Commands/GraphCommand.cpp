@@ -8,7 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -77,4 +77,4 @@ ExitStatus GraphCommand::run() {
 
 std::unique_ptr<Subcommand> makeGraphCommand() { return std::make_unique<GraphCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

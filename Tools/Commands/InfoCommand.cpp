@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -74,4 +74,4 @@ ExitStatus InfoCommand::run() {
 
 std::unique_ptr<Subcommand> makeInfoCommand() { return std::make_unique<InfoCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 using Platform::NSRect;
@@ -176,4 +176,4 @@ ExitStatus SheetCommand::run() {
 
 std::unique_ptr<Subcommand> makeSheetCommand() { return std::make_unique<SheetCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

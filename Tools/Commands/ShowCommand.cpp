@@ -19,7 +19,7 @@
 #include <optional>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -223,4 +223,4 @@ ExitStatus ShowCommand::run() {
 
 std::unique_ptr<Subcommand> makeShowCommand() { return std::make_unique<ShowCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

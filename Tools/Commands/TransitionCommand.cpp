@@ -19,7 +19,7 @@
 #include <array>
 #include <cmath>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 using Platform::NSMakeRect;
@@ -253,4 +253,4 @@ ExitStatus TransitionCommand::run() {
 
 std::unique_ptr<Subcommand> makeTransitionCommand() { return std::make_unique<TransitionCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

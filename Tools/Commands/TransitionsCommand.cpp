@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Json = nlohmann::ordered_json;
 
@@ -113,4 +113,4 @@ private:
 
 std::unique_ptr<Subcommand> makeTransitionsCommand() { return std::make_unique<TransitionsCommand>(); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

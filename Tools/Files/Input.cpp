@@ -13,7 +13,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Platform::NSData;
@@ -103,4 +103,4 @@ std::shared_ptr<IMGImage> nodeWithBytes(const NSData& bytes, const std::string& 
 
 std::shared_ptr<IMGImage> loadNode(const std::string& name) { return nodeWithBytes(readInput(name), name); }
 
-} // namespace Tool
+} // namespace Imaging::Tool

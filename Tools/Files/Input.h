@@ -8,7 +8,7 @@
 
 /// What the names on the command line stand for: files, URLs, and "-" for standard input. All throw a Failure
 /// with the name as it was given.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// True for "-".
 bool isStandardInput(const std::string& name);
@@ -32,4 +32,4 @@ std::shared_ptr<Imaging::IMGImage> nodeWithBytes(const Platform::NSData& bytes, 
 /// The same for an input. The encoded bytes are not kept.
 std::shared_ptr<Imaging::IMGImage> loadNode(const std::string& name);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -94,4 +94,4 @@ std::shared_ptr<Imaging::IMGKernel> kernelOfFile(const std::string& path) {
     return KernelReader(shownName(path), text).read();
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

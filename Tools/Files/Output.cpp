@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <memory>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::ByteView;
 using Platform::NSBitmapImageRep;
@@ -213,4 +213,4 @@ bool isSameFile(const std::string& a, const std::string& b) {
     return std::filesystem::equivalent(a, b, failure) && !failure;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

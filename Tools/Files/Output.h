@@ -14,7 +14,7 @@ class App;
 }
 
 /// Where results go: a file, or "-" for standard output.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Files of one page of vectors.
 enum class PageFormat { None, PDF, SVG };
@@ -77,4 +77,4 @@ void writeStandardOutput(std::string_view text);
 /// True when both names lead to the same file.
 bool isSameFile(const std::string& a, const std::string& b);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -10,7 +10,7 @@
 #include <memory>
 #include <new>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSData;
 using Platform::NSGraphicsContext;
@@ -78,4 +78,4 @@ NSData drawnOnPage(PageFormat format, PixelSize size, const std::string& name, c
     return file;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

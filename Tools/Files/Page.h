@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Draws on a new transparent page of a size in points, (0, 0) at its lower left, and gives the whole file of
 /// the format, which is not None. Paths and text stay vectors; pictures are embedded, with up to 8 of their
@@ -16,4 +16,4 @@ namespace Tool {
 Platform::NSData drawnOnPage(PageFormat format, PixelSize size, const std::string& name,
                              const std::string& advice, const std::function<void()>& draw);
 
-} // namespace Tool
+} // namespace Imaging::Tool

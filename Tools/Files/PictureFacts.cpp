@@ -13,7 +13,7 @@
 #include <cmath>
 #include <new>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSData;
 using Platform::PictureHeader;
@@ -216,4 +216,4 @@ std::string_view orientationInWords(int orientation) {
                                                 : "unknown";
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -10,7 +10,7 @@
 #include <vector>
 
 /// What there is to be told about a file, and how it is told.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// What was found out about one file, or about one picture of a graph.
 struct PictureFacts {
@@ -37,4 +37,4 @@ std::string jsonOf(const std::vector<PictureFacts>& all);
 /// What EXIF's number says in words: what is done to the stored picture to see it the right way up.
 std::string_view orientationInWords(int orientation);
 
-} // namespace Tool
+} // namespace Imaging::Tool

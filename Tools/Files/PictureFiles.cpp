@@ -11,7 +11,7 @@
 #include <fstream>
 #include <system_error>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -90,4 +90,4 @@ std::vector<std::string> picturesInFolder(const std::string& folder, const std::
     return pictures;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

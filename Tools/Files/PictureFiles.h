@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Whether one name comes before another for people: digits count as numbers ("IMG_2" before "IMG_10"), and
 /// ASCII letters of both cases alike. Names that are only alike are ordered byte by byte.
@@ -18,4 +18,4 @@ bool isFolder(const std::string& input);
 /// Throws a Failure when the folder cannot be read or has no pictures.
 std::vector<std::string> picturesInFolder(const std::string& folder, const std::string& except);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -43,4 +43,4 @@ std::string textOf(Easing easing) {
     return {};
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

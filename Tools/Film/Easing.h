@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// How a transition's weight follows time.
 enum class Easing {
@@ -19,4 +19,4 @@ double eased(Easing easing, double time);
 Easing parseEasing(const std::string& text, const std::string& option);
 std::string textOf(Easing easing);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -17,7 +17,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -199,4 +199,4 @@ void EncoderProcess::kill() noexcept {
     }
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

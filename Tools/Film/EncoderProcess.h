@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The file that a program's name stands for on the search path ($PATH), or "" where there is none.
 std::string foundProgram(const std::string& name);
@@ -57,4 +57,4 @@ private:
     std::thread m_reader;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -10,7 +10,7 @@
 #include <system_error>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -184,4 +184,4 @@ std::unique_ptr<FilmSink> makeFfmpegSink(const std::string& path, const EncoderS
     return std::make_unique<FfmpegSink>(path, settings, format);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

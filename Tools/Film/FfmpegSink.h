@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A kind of film file.
 enum class FilmContainer { MP4, MKV, WebM, GIF };
@@ -25,4 +25,4 @@ std::unique_ptr<FilmSink> makeFfmpegSink(const std::string& path, const EncoderS
 /// Throws a Failure for `path` where there is no such program.
 void requireFfmpeg(const std::string& path);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -65,4 +65,4 @@ void FilmFile::remove() noexcept {
     if (!m_committed) ::unlink(m_temporary.c_str());
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

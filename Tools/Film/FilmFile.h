@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A file that is written under a temporary name in its folder until all of it is there.
 class FilmFile {
@@ -34,4 +34,4 @@ private:
     bool m_committed = false;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

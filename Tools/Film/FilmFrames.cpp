@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 FilmFrames::FilmFrames(const Show& show, const Schedule& schedule, std::uint64_t first, std::uint64_t count)
     : m_show(show), m_schedule(schedule) {
@@ -52,4 +52,4 @@ void drawFrame(Imaging::IMGImage& node, FrameBuffer& frame) {
     drawFrame(node, frame.size());
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

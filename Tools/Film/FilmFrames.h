@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 class FrameBuffer;
 
@@ -51,4 +51,4 @@ void drawFrame(Imaging::IMGImage& node, FrameBuffer& frame);
 /// The same into the calling thread's current context, from (0, 0), a point a pixel.
 void drawFrame(Imaging::IMGImage& node, PixelSize size);
 
-} // namespace Tool
+} // namespace Imaging::Tool

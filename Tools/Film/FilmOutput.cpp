@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -168,4 +168,4 @@ std::unique_ptr<FilmSink> FilmOutput::open(const FilmFormat& film, std::uint64_t
     return makeFfmpegSink(path, settings, film);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

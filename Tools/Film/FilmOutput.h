@@ -9,7 +9,7 @@ namespace CLI {
 class App;
 }
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The arguments that say where a film goes and how.
 struct FilmOutput {
@@ -35,4 +35,4 @@ struct FilmOutput {
     std::unique_ptr<FilmSink> open(const FilmFormat& film, std::uint64_t lastFrame) const;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

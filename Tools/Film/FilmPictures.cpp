@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 FilmPictures::FilmPictures(std::vector<std::size_t> order, Load load, std::size_t ahead)
     : m_order(std::move(order)), m_load(std::move(load)), m_ahead(ahead) {
@@ -59,4 +59,4 @@ void FilmPictures::loadUntilTheEnd() {
     }
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

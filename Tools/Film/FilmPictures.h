@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The pictures of a film in the order in which its frames need them. A thread makes the next ones ahead of
 /// need, one at a time, so that no two of them are ever decoded at once.
@@ -53,4 +53,4 @@ private:
     std::thread m_thread;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

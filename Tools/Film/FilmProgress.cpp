@@ -11,7 +11,7 @@
 #include <cmath>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -102,4 +102,4 @@ std::string FilmProgress::jsonLine(std::uint64_t done) const {
     return line.dump() + "\n";
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// How a film's making is told: a bar with frames, rate and time left on standard error where that is a
 /// terminal, or lines of JSON on standard output (docs/show-progress.md). From a thread of its own, so that
@@ -57,4 +57,4 @@ private:
 /// "[####....]" of a width, with so much of its inside filled.
 std::string progressBar(std::uint64_t done, std::uint64_t all, std::size_t width);
 
-} // namespace Tool
+} // namespace Imaging::Tool

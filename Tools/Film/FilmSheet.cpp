@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 using Platform::NSRect;
@@ -71,4 +71,4 @@ void FilmSheet::drawCell(Imaging::IMGImage& node, NSRect cell) const {
     frame.drawInRect(cell, {Platform::NSZeroPoint, size}, Platform::NSCompositeSourceOver, 1.0F);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

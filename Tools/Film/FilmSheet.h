@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The numbers of the frames that stand for a film, or for a part of one, on a contact sheet: one of each
 /// picture that stands still and the one at a third of each transition, or as many as there may be at even
@@ -41,4 +41,4 @@ private:
     std::size_t m_drawn = 0;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

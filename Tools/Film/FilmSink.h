@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// One frame: rows from the top, each of `size.width` words of 8-bit blue, green, red and an unused 255, in
 /// this order in memory ("bgr0").
@@ -45,4 +45,4 @@ protected:
     FilmSink() = default;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

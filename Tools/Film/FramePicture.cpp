@@ -11,7 +11,7 @@
 
 #include <cmath>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSBitmapImageRep;
 using Platform::NSRect;
@@ -58,4 +58,4 @@ std::shared_ptr<Imaging::IMGImage> framePicture(const ShowPicture& picture, cons
     return Imaging::imagingImage(image);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A picture of a film as its frames show it: loaded, the way up that it declares unless the film shows
 /// pictures as stored, with its steps carried out, fitted into a frame with the film's background behind it.
@@ -18,4 +18,4 @@ namespace Tool {
 /// May be called on any thread, on several at a time for different pictures.
 std::shared_ptr<Imaging::IMGImage> framePicture(const ShowPicture& picture, const Show& show);
 
-} // namespace Tool
+} // namespace Imaging::Tool

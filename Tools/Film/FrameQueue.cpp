@@ -9,7 +9,7 @@
 #include <new>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 struct FrameBuffer::Surface {
     Platform::PixelBuffer pixels;
@@ -133,4 +133,4 @@ void FrameQueue::writeUntilTheEnd() {
     }
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -12,11 +12,11 @@
 #include <thread>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSGraphicsContext;
 }
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The pixels of one frame and a context to draw on them, (0, 0) at the lower left.
 class FrameBuffer {
@@ -96,4 +96,4 @@ private:
     std::thread m_thread;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -21,7 +21,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -261,4 +261,4 @@ std::unique_ptr<FilmSink> makeNumberedFramesSink(const std::string& folder, Fram
     return std::make_unique<NumberedFramesSink>(folder, type, quality, format, lastFrame);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 enum class FrameFileType { PNG, JPEG };
 
@@ -16,4 +16,4 @@ std::unique_ptr<FilmSink> makeNumberedFramesSink(const std::string& folder, Fram
                                                  double quality, const FilmFormat& format,
                                                  std::uint64_t lastFrame);
 
-} // namespace Tool
+} // namespace Imaging::Tool

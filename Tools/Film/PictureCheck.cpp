@@ -16,7 +16,7 @@
 #include <new>
 #include <system_error>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSData;
 
@@ -124,4 +124,4 @@ bool PictureCheck::isBad(const std::string& name) const {
     return found != m_places.end() && !m_inputs[found->second].why.empty();
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A picture that cannot be read.
 struct BadPicture {
@@ -55,4 +55,4 @@ private:
     std::vector<BadPicture> m_bad;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

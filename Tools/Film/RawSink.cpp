@@ -12,7 +12,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -109,4 +109,4 @@ std::unique_ptr<FilmSink> makeRawSink(const std::string& path, const FilmFormat&
     return std::make_unique<RawSink>(path, format.size);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -75,4 +75,4 @@ FrameContent Schedule::at(std::uint64_t frame) const {
     return content;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

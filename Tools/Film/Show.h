@@ -17,7 +17,7 @@
 ///
 /// A picture stands still for its hold time; then the transition to the next one takes its own time. Times
 /// are in seconds and are rounded to whole frames where each part begins, so that nothing adds up.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// How one picture goes over into the next.
 struct ShowTransition {
@@ -83,4 +83,4 @@ private:
     std::uint64_t m_frame_count = 0;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -11,7 +11,7 @@
 #include <functional>
 #include <set>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Json = nlohmann::ordered_json;
 using Platform::NSData;
@@ -370,4 +370,4 @@ ShowFile showFileWithBytes(const NSData& bytes, const std::string& name) {
     }
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -7,7 +7,7 @@
 #include <vector>
 
 /// Films that are described in a file; docs/show-file.md says how.
-namespace Tool {
+namespace Imaging::Tool {
 
 struct ShowFile {
     ShowSettings settings;
@@ -24,4 +24,4 @@ ShowFile readShowFile(const std::string& name);
 /// The same for the bytes of one, of which `name` is only a name: its folder is where relative names begin.
 ShowFile showFileWithBytes(const Platform::NSData& bytes, const std::string& name);
 
-} // namespace Tool
+} // namespace Imaging::Tool

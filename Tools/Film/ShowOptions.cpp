@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -129,4 +129,4 @@ Show ShowOptions::show(const std::vector<std::string>& inputs,
     return makeShow(given, pictures(inputs, outputs));
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -10,7 +10,7 @@ namespace CLI {
 class App;
 }
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// The options that say what a film shows, whatever becomes of it.
 class ShowOptions {
@@ -49,4 +49,4 @@ private:
     bool m_keep_order = false;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -9,7 +9,7 @@
 #include <cmath>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Json = nlohmann::ordered_json;
 
@@ -126,4 +126,4 @@ std::string dryRunJson(const Show& show, const Schedule& schedule) {
     return text;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

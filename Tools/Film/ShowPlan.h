@@ -5,7 +5,7 @@
 #include <string>
 
 /// The plan of a film for people who want to see it before it is made.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A line about the film, then a table with a line for each part: when it begins, its first and last frame,
 /// how long it takes, and what it shows.
@@ -15,4 +15,4 @@ std::string dryRunText(const Show& show, const Schedule& schedule);
 /// of the frames; frames are counted from 1.
 std::string dryRunJson(const Show& show, const Schedule& schedule);
 
-} // namespace Tool
+} // namespace Imaging::Tool

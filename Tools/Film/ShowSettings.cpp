@@ -8,7 +8,7 @@
 #include <limits>
 #include <numeric>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -159,4 +159,4 @@ Show makeShow(const ShowSettings& settings, const std::vector<ShowEntry>& entrie
     return show;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

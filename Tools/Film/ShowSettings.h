@@ -10,7 +10,7 @@
 
 /// What people say about a film: on the command line, in a show file for all of it, and there for single
 /// pictures; each of it may be left out. The parse functions throw a UsageError that begins with `option`.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Frames in a number of seconds.
 struct FrameRate {
@@ -68,4 +68,4 @@ struct ShowEntry {
 /// shape on black for 3 seconds; dissolves of 1 second that begin and end softly; seed 1.
 Show makeShow(const ShowSettings& settings, const std::vector<ShowEntry>& entries);
 
-} // namespace Tool
+} // namespace Imaging::Tool

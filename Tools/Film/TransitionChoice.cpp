@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -103,4 +103,4 @@ std::size_t TransitionChoice::randomPlace(std::size_t index) const {
     return place;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

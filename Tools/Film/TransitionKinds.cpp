@@ -10,7 +10,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Platform::NSSize;
@@ -322,4 +322,4 @@ Transition parseTransition(std::string_view text, const std::string& option) {
     return makeTransition(name, settings, option);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

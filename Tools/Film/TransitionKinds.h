@@ -12,7 +12,7 @@
 #include <vector>
 
 /// The transitions as people know them: names and parameters for the library's classes.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A parameter of a kind of transition: one of a few words, a colour or a number in a range. The words of a
 /// direction say which way people see things move, whatever the numbers mean to the class behind the kind.
@@ -116,4 +116,4 @@ private:
     std::uint64_t m_seed;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -12,7 +12,7 @@
 #include <cmath>
 #include <utility>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Platform::NSBitmapImageRep;
@@ -133,4 +133,4 @@ void paint(NSRect rect, const Platform::NSColor& color) {
     Platform::NSRectFillUsingOperation(rect, Platform::NSCompositeSourceOver);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -10,11 +10,11 @@
 #include <memory>
 #include <string>
 
-namespace Platform {
+namespace Imaging::Platform {
 class NSGraphicsContext;
 }
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A node that is ready to be drawn, the way up that its picture declares unless it is asked for as stored.
 /// Only a node that is a picture itself declares one; pictures further down in a graph are drawn as they are
@@ -82,4 +82,4 @@ private:
 /// Covers a rectangle with a colour, source-over.
 void paint(Platform::NSRect rect, const Platform::NSColor& color);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -18,7 +18,7 @@
 #include <utility>
 #include <variant>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGCropAndScale;
 using Imaging::IMGImage;
@@ -191,4 +191,4 @@ void FramedNode::draw() const {
     m_node->drawWithTransform(transform, Platform::NSCompositeSourceOver, 1.0F);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A picture on its way through operations: a node, and the rectangle of the space that it is drawn in that
 /// counts as the picture. The frame's size is in whole pixels; where it lies does not matter to people, who
@@ -80,4 +80,4 @@ private:
     Beyond m_beyond = Beyond::Nothing;
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -13,7 +13,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Imaging::IMGImageFromNSImage;
@@ -133,4 +133,4 @@ void requireDrawable(const std::shared_ptr<IMGImage>& root, const std::string& n
     }
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -12,7 +12,7 @@
 
 /// Looking through graphs of nodes before they are drawn. Everything takes time in proportion to the number
 /// of nodes, however often they are shared.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// All nodes of a graph, each once, every node after all that lie above it, the root first.
 std::vector<std::shared_ptr<Imaging::IMGImage>> nodesOf(const std::shared_ptr<Imaging::IMGImage>& root);
@@ -37,4 +37,4 @@ void requirePictures(const std::shared_ptr<Imaging::IMGImage>& root, const std::
 /// passes over nodes that fail, so this has to be asked before.
 void requireDrawable(const std::shared_ptr<Imaging::IMGImage>& root, const std::string& name);
 
-} // namespace Tool
+} // namespace Imaging::Tool

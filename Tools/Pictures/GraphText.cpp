@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 
@@ -103,4 +103,4 @@ std::string dotOf(const std::shared_ptr<IMGImage>& root) {
     return text + "}\n";
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

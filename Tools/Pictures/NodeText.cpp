@@ -18,7 +18,7 @@
 #include <limits>
 #include <optional>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Platform::NSAffineTransform;
@@ -152,4 +152,4 @@ std::string boundsInWords(const IMGImage& node) {
     }
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

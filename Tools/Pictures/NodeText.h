@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// A node's class and what is particular to it: "IMGRotationOp 30 degrees about 50,25".
 std::string nodeInWords(Imaging::IMGImage& node);
@@ -13,4 +13,4 @@ std::string nodeInWords(Imaging::IMGImage& node);
 /// the whole story, the rectangle that lies in it under which transform. Or why there are none.
 std::string boundsInWords(const Imaging::IMGImage& node);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::vector<Step> OperationOptions::steps() const {
     return steps;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -13,7 +13,7 @@ class App;
 
 /// What can be done to pictures on the way, as options that are carried out in the order in which they are
 /// given.
-namespace Tool {
+namespace Imaging::Tool {
 
 /// One step, ready to be carried out. It throws a Failure when the picture is not fit for it.
 using Step = std::function<void(FramedNode&)>;
@@ -72,4 +72,4 @@ private:
     std::vector<std::string> m_lost_modifiers; ///< complaints, kept until everything is parsed
 };
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -9,7 +9,7 @@
 #include <utility>
 #include <variant>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Platform::NSBitmapImageRep;
@@ -50,4 +50,4 @@ std::shared_ptr<IMGImage> orientedNode(std::shared_ptr<IMGImage> node, Upright u
     return Imaging::IMGTransposeOp::transposeOfType(type, std::move(node));
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

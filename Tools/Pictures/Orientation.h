@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// Whether a picture is drawn the way up that it declares or as it is stored.
 enum class Upright { AsDeclared, AsStored };
@@ -14,4 +14,4 @@ enum class Upright { AsDeclared, AsStored };
 /// declares anything; pictures further down in a graph stay as they are stored.
 std::shared_ptr<Imaging::IMGImage> orientedNode(std::shared_ptr<Imaging::IMGImage> node, Upright upright);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -11,7 +11,7 @@
 #include <cmath>
 #include <numbers>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGBitmapFormat;
 using Imaging::IMGImage;
@@ -187,4 +187,4 @@ const std::vector<Operation>& pixelOperations() {
     return operations;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

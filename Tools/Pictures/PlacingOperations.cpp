@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Platform::NSPoint;
@@ -129,4 +129,4 @@ const std::vector<Operation>& placingOperations() {
     return operations;
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 using Platform::NSColor;
 using Platform::NSMakeRect;
@@ -109,4 +109,4 @@ void drawFramed(const Drawing& drawing, NSRect cell, const Frame& frame, std::in
     drawing.drawInRect(picture);
 }
 
-} // namespace Tool
+} // namespace Imaging::Tool

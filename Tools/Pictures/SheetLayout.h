@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Tool {
+namespace Imaging::Tool {
 
 /// What surrounds each picture of a sheet. Without a width there is none: no mat, line or shadow.
 struct Frame {
@@ -48,4 +48,4 @@ private:
 /// gap around the cell.
 void drawFramed(const Drawing& drawing, Platform::NSRect cell, const Frame& frame, std::int64_t gap);
 
-} // namespace Tool
+} // namespace Imaging::Tool

@@ -5,7 +5,7 @@
 #include <limits>
 #include <utility>
 
-namespace Platform::Clipping {
+namespace Imaging::Platform::Clipping {
 
 namespace {
 
@@ -158,4 +158,4 @@ Contours cutToBox(Contours contours, const Box& box) {
     return kept;
 }
 
-} // namespace Platform::Clipping
+} // namespace Imaging::Platform::Clipping

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace Platform::Clipping {
+namespace Imaging::Platform::Clipping {
 
 using Contour = std::vector<gpc_vertex>;
 using Contours = std::vector<Contour>;
@@ -49,4 +49,4 @@ Contour cutToBox(const Contour& contour, const Box& box);
 /// The same for all contours; those that lie in the box are only moved.
 Contours cutToBox(Contours contours, const Box& box);
 
-} // namespace Platform::Clipping
+} // namespace Imaging::Platform::Clipping

@@ -5,7 +5,7 @@
 #include <limits>
 #include <tuple>
 
-namespace Platform::Clipping {
+namespace Imaging::Platform::Clipping {
 
 namespace {
 
@@ -82,4 +82,4 @@ Contour ContourGrid::fromGrid(const ClipperLib::Path& path) const {
     return contour;
 }
 
-} // namespace Platform::Clipping
+} // namespace Imaging::Platform::Clipping

@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace Platform::Clipping {
+namespace Imaging::Platform::Clipping {
 
 /// Carries contours between doubles and whole numbers of steps from the middle of a box. Steps are powers of
 /// two and the middle a multiple of them, so coordinates with few enough digits come back as they were; all
@@ -48,4 +48,4 @@ private:
     std::vector<Remembered> m_remembered;
 };
 
-} // namespace Platform::Clipping
+} // namespace Imaging::Platform::Clipping

@@ -9,7 +9,7 @@
 /// BMP by our own code, since no library for it is at hand. What is written has a header of version 5, which
 /// states sRGB or holds a profile, and 8 bits a pixel for gray, 24 for colour, and 32 in bit fields with
 /// straight alpha. Gray becomes RGB there, so a gray profile cannot go along; see rgbProfileToWrite.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -146,4 +146,4 @@ public:
 
 std::shared_ptr<const Codec> makeBmpCodec() { return std::make_shared<BmpCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

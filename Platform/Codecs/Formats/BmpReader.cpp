@@ -7,7 +7,7 @@
 #include <bit>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -322,4 +322,4 @@ DecodedPicture BmpReader::decode(const PictureLimits& limits) const {
     return picture;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

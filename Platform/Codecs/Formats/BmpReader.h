@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A BMP file in memory: 1, 2, 4, 8, 16, 24 or 32 bits a pixel, plain or with bit fields, 4 and 8 bits also
 /// run-length encoded; with the headers of OS/2 1.x and 2.x and of Windows up to version 5. Pictures come out
@@ -57,4 +57,4 @@ private:
     std::vector<std::array<std::uint8_t, 3>> m_colors;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

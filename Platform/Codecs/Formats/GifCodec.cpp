@@ -12,7 +12,7 @@
 /// screen, and its transparent colour, have alpha 0, and there is alpha only where one of the two can be. A
 /// picture that lies outside the screen enlarges it. A profile is read from and written to the application
 /// extension "ICCRGBG1012". Whatever follows the first picture is not looked at.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -289,4 +289,4 @@ public:
 
 std::shared_ptr<const Codec> makeGifCodec() { return std::make_shared<GifCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

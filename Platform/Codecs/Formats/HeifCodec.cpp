@@ -13,7 +13,7 @@
 /// HEIC and AVIF with libheif: the primary picture, as RGB of 8 bits, or of 16 where the file has more, with
 /// alpha. Turning and cropping belong to these formats and are done here, so pictures are upright; the
 /// orientation in their EXIF record repeats them and does not count. Files are only read.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -198,4 +198,4 @@ public:
 
 std::shared_ptr<const Codec> makeHeifCodec() { return std::make_shared<HeifCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -2,7 +2,7 @@
 
 #include "Platform/Codecs/Support/CodecSupport.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 bool takeBox(ByteView& bytes, IsoBox& box) {
     constexpr std::size_t shortHeader = 8;
@@ -33,4 +33,4 @@ ByteView findBox(ByteView bytes, std::string_view type) {
     return {};
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A box of the family of formats that JPEG 2000, HEIF and JPEG XL belong to: a length, a type of four
 /// letters and contents, which for some types are boxes again.
@@ -21,4 +21,4 @@ bool takeBox(ByteView& bytes, IsoBox& box);
 /// The contents of the first box of a type, or nothing. Boxes within boxes are not searched.
 ByteView findBox(ByteView bytes, std::string_view type);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -12,7 +12,7 @@
 /// JPEG 2000 with openjpeg. What is written is a JP2 file with straight alpha, of the picture's own depth: of
 /// quality 1 without any loss, below that with the signal-to-noise ratio of decibelsOf. A picture without a
 /// profile is stated to be sRGB, or gray with its curve.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -241,4 +241,4 @@ public:
 
 std::shared_ptr<const Codec> makeJpeg2000Codec() { return std::make_shared<Jpeg2000Codec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -155,4 +155,4 @@ Jpeg2000Codestream Walker::walk() {
 
 Jpeg2000Codestream readJpeg2000Codestream(ByteView bytes) { return Walker(bytes).walk(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Data.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// What the segments of a JPEG 2000 codestream say of its picture (ISO/IEC 15444-1, annex A), read without
 /// decoding anything.
@@ -29,4 +29,4 @@ struct Jpeg2000Codestream {
 /// end marker.
 Jpeg2000Codestream readJpeg2000Codestream(ByteView bytes);
 
-} // namespace Platform
+} // namespace Imaging::Platform

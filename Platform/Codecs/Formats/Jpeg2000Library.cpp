@@ -6,7 +6,7 @@
 #include <limits>
 #include <new>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -98,4 +98,4 @@ void listenTo(const Jpeg2000Handle& codec, Jpeg2000Log& log) {
     opj_set_info_handler(codec.get(), onInformation, nullptr);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

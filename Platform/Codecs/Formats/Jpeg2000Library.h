@@ -4,7 +4,7 @@
 
 #include <openjpeg.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// What openjpeg says while it works on one picture: the first message, and whether it was an error.
 struct Jpeg2000Log {
@@ -39,4 +39,4 @@ Jpeg2000Stream openJpeg2000Stream(Jpeg2000Memory& memory);
 /// Collects the messages of a codec in the log, which must outlive it. Nothing is ever printed.
 void listenTo(const Jpeg2000Handle& codec, Jpeg2000Log& log);
 
-} // namespace Platform
+} // namespace Imaging::Platform

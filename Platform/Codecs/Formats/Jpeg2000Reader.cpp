@@ -8,7 +8,7 @@
 #include <cmath>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -273,4 +273,4 @@ DecodedPicture Jpeg2000Reader::decode(const PictureLimits& limits) {
     return picture;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -4,7 +4,7 @@
 #include "Platform/Codecs/Formats/Jpeg2000Codestream.h"
 #include "Platform/Codecs/Formats/Jpeg2000Library.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A JPEG 2000 picture, as a JP2 file or a bare codestream: gray and RGB of 8 bits, or of 16 where the file
 /// has more; palettes, YCbCr and CMYK become RGB (see convertInks), and reduced components are spread by
@@ -51,4 +51,4 @@ private:
     Kind m_kind = Kind::RGB;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

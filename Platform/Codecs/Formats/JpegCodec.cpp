@@ -13,7 +13,7 @@
 
 /// JPEG with libjpeg. Pictures come out as gray or RGB of 8 bits; CMYK and YCCK become RGB by the plain
 /// product of convertInks, without their profile. A profile whose pieces do not fit together is left out.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -479,4 +479,4 @@ public:
 
 std::shared_ptr<const Codec> makeJpegCodec() { return std::make_shared<JpegCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

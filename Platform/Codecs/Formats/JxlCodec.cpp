@@ -10,7 +10,7 @@
 
 /// JPEG XL with libjxl: gray or RGB, 8 bits where the file has no more than that and 16 otherwise, with
 /// alpha; of an animation the first picture. Files are only read.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -153,4 +153,4 @@ public:
 
 std::shared_ptr<const Codec> makeJxlCodec() { return std::make_shared<JxlCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -13,7 +13,7 @@
 /// PNG with libpng. Gray of fewer than 8 bits becomes 8 bits, a palette RGB, and transparency alpha; colour
 /// is multiplied by alpha with the rule of premultiplyRow. Samples are otherwise as stored: neither a gamma
 /// nor a profile is applied, and an sRGB chunk alone gives no profile.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -358,4 +358,4 @@ public:
 
 std::shared_ptr<const Codec> makePngCodec() { return std::make_shared<PngCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -12,7 +12,7 @@
 /// hand pictures to one another in memory. A synthetic photograph of 12 megapixels (48 MB) takes 0.02 seconds
 /// each way so; LZW with its predictor takes 0.5 and 0.15 for half of the size, deflate 4.5 and 0.1 for a
 /// little less than that. Who wants small lossless files has PNG.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -173,4 +173,4 @@ public:
 
 std::shared_ptr<const Codec> makeTiffCodec() { return std::make_shared<TiffCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

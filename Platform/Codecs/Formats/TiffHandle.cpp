@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -179,4 +179,4 @@ void failForShortTiff() {
                          "the TIFF data ends before the picture is complete; the file may be cut short");
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -4,7 +4,7 @@
 
 #include <tiffio.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// What libtiff says while it works on one file. It never prints anything, and the handlers of the process
 /// are left to the application.
@@ -38,4 +38,4 @@ void checkTiffDirectory(ByteView bytes);
 /// The words for a TIFF picture that ends too early. Throws.
 [[noreturn]] void failForShortTiff();
 
-} // namespace Platform
+} // namespace Imaging::Platform

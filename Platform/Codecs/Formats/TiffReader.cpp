@@ -9,7 +9,7 @@
 #include <limits>
 #include <numeric>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -346,4 +346,4 @@ void TiffReader::readRaster(DecodedPicture& picture) {
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

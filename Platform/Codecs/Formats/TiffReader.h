@@ -3,7 +3,7 @@
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Codecs/Formats/TiffHandle.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The first picture of a TIFF file in memory. Gray, RGB and CMYK of 8 and 16 bits are read sample by sample;
 /// CMYK becomes RGB by the plain product of convertInks. All else that libtiff can show (palettes, few bits,
@@ -73,4 +73,4 @@ private:
     std::uint32_t m_piece_height = 0;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -9,7 +9,7 @@
 
 /// WebP with libwebp, lossy and lossless, as RGB of 8 bits with alpha where the file has it; of an animation
 /// the first picture, on a transparent canvas. Files are only read.
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -151,4 +151,4 @@ public:
 
 std::shared_ptr<const Codec> makeWebpCodec() { return std::make_shared<WebpCodec>(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

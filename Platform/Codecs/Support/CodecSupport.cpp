@@ -4,7 +4,7 @@
 #include <limits>
 #include <new>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -151,4 +151,4 @@ std::string oneLine(std::string_view message) {
     return line;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <type_traits>
 
 /// What the codecs of this folder share. Not for use outside it.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The codecs that are there from the start, one maker per file.
 std::shared_ptr<const Codec> makeBmpCodec();
@@ -112,4 +112,4 @@ bool ranToTheEnd(std::jmp_buf& failed, Steps steps) {
     return true;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -160,4 +160,4 @@ std::string colorProfileName(ByteView profile) {
     return utf8FromText(text, text.size() - 1);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

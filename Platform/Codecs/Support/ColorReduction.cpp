@@ -6,7 +6,7 @@
 #include <limits>
 #include <unordered_map>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -330,4 +330,4 @@ IndexedPicture reduceColors(const PictureView& picture, bool diffusesErrors) {
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

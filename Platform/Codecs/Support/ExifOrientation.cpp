@@ -6,7 +6,7 @@
 #include <array>
 #include <cmath>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -69,4 +69,4 @@ ExifFacts readExif(ByteView bytes) {
     return facts;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Data.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// What a picture's EXIF record says of the way it is shown.
 struct ExifFacts {
@@ -20,4 +20,4 @@ ExifFacts readExif(ByteView record);
 /// is no resolution.
 double pixelsPerInch(double value, int unit);
 
-} // namespace Platform
+} // namespace Imaging::Platform

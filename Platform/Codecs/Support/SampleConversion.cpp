@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -120,4 +120,4 @@ void convertInks(const PictureHeader& header, const std::uint8_t* inks, bool inv
     });
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

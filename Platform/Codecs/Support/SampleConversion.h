@@ -4,7 +4,7 @@
 
 /// Arithmetic on one row of samples, laid out as a DecodedPicture's. Rows are aligned for their samples. With
 /// `max` the largest sample (255 or 65535), every division is of whole numbers.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Colour times alpha, rounded to nearest: (c * a + max / 2) / max. There are no ties, because max is odd.
 void premultiplyRow(const PictureHeader& header, std::uint8_t* row);
@@ -27,4 +27,4 @@ void copyOpaqueBytes(const PictureHeader& header, const std::uint8_t* row, std::
 /// them. `header` describes the result.
 void convertInks(const PictureHeader& header, const std::uint8_t* inks, bool inverted, std::uint8_t* to);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 StraightRows::StraightRows(const PictureView& picture) : m_picture(picture) {
     const PictureHeader& header = picture.header;
@@ -42,4 +42,4 @@ const std::uint8_t* StraightRows::rgba(std::size_t y) {
     return m_rgba.data();
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -4,7 +4,7 @@
 
 #include <array>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The rows of a picture for formats that store straight colour: gray or red, green, blue, and then alpha
 /// where the picture has it, with 0 for black, at the picture's own depth. Rows are read in place where they
@@ -42,4 +42,4 @@ struct IndexedPicture {
 /// R. Floyd and L. Steinberg described it in 1976. Throws a CodecException (TooLarge) without memory.
 IndexedPicture reduceColors(const PictureView& picture, bool diffusesErrors);
 
-} // namespace Platform
+} // namespace Imaging::Platform

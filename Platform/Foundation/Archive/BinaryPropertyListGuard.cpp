@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <string_view>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -171,4 +171,4 @@ bool looksLikeBinaryPropertyList(ByteView data) {
 
 void checkBinaryPropertyList(ByteView data) { BinaryWalk(data).run(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

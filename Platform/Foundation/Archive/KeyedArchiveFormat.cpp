@@ -9,7 +9,7 @@
 #include <pthread.h>
 #include <span>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -201,4 +201,4 @@ std::optional<NSAffineTransform> transformFromBytes(std::string_view bytes) {
     return NSAffineTransform({entries[0], entries[1], entries[2], entries[3], entries[4], entries[5]});
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

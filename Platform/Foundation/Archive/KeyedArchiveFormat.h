@@ -13,7 +13,7 @@
 
 /// What the archiver and the unarchiver agree on, not part of the library's interface: the names in an
 /// archive, how values are put into text and bytes, and the limits that both keep.
-namespace Platform {
+namespace Imaging::Platform {
 
 inline constexpr const char* archiverName = "NSKeyedArchiver";
 inline constexpr std::uint64_t archiveVersion = 100000;
@@ -97,4 +97,4 @@ std::optional<NSAffineTransform> transformFromBytes(std::string_view bytes);
 /// The function that decodes objects of a class, or null when no class of that name is registered.
 std::function<std::shared_ptr<NSCoding>(NSCoder&)> archivableClassNamed(std::string_view name);
 
-} // namespace Platform
+} // namespace Imaging::Platform

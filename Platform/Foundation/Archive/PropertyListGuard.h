@@ -9,7 +9,7 @@
 /// property list refers to more than once, and takes quadratic time over some text; so data that was made
 /// to hurt is turned away here. None of these functions recurses, and their time and memory stay in
 /// proportion to the data's length.
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Containers in containers. Keyed archives are flat: theirs nest four deep.
 inline constexpr std::size_t maximumPropertyListDepth = 512;
@@ -43,4 +43,4 @@ bool looksLikeXMLPropertyList(ByteView data);
 void checkBinaryPropertyList(ByteView data);
 void checkXMLPropertyList(ByteView data);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <array>
 #include <string_view>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -184,4 +184,4 @@ bool looksLikeXMLPropertyList(ByteView data) {
 
 void checkXMLPropertyList(ByteView data) { XMLWalk(textOf(data)).run(); }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 #include <limits>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -230,4 +230,4 @@ void appendStrokePath(cairo_t* context, const NSBezierPath& path) {
     for (const DeviceLines& subpath : lines) appendLines(context, subpath);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

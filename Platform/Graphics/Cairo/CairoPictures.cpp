@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -118,4 +118,4 @@ void drawByCairo(cairo_t* context, const PlacedPicture& placed, int operation, d
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

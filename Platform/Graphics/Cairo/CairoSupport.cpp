@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -90,4 +90,4 @@ void checkStatus(cairo_t* context) {
     throw NSException(NSGraphicsException, std::string("drawing failed: ") + cairo_status_to_string(status));
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -10,7 +10,7 @@
 #include <cairo.h>
 #include <memory>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 struct CairoDeleter {
     void operator()(cairo_t* context) const { cairo_destroy(context); }
@@ -69,4 +69,4 @@ CairoSurface makePixelSurface(std::int64_t width, std::int64_t height);
 /// Throws an NSException (NSGraphicsException) when an earlier call on the context failed.
 void checkStatus(cairo_t* context);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -88,4 +88,4 @@ void compositeClipArea(cairo_t* context, int operation, double fraction,
     checkStatus(context);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

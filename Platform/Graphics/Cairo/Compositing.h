@@ -6,7 +6,7 @@
 #include <cairo.h>
 #include <functional>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Paints the context's clip area with what `setSource` sets as the source, scaled by `fraction` (0 to 1,
 /// clamped) and combined by `operation`. What is there changes in proportion to the clip's coverage.
@@ -16,4 +16,4 @@ namespace Platform {
 void compositeClipArea(cairo_t* context, int operation, double fraction,
                        const std::function<void(cairo_t*)>& setSource);
 
-} // namespace Platform
+} // namespace Imaging::Platform

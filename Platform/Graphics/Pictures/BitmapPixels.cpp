@@ -8,7 +8,7 @@
 #include <memory>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -110,4 +110,4 @@ void carryPixels(const SourcePixels& source, const PixelLayout& sourceLayout, co
     });
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Pixels/Rows/PixelLayout.h"
 
-namespace Platform {
+namespace Imaging::Platform {
 
 class NSBitmapImageRep;
 
@@ -30,4 +30,4 @@ void writeSurface(cairo_surface_t* surface, std::size_t left, std::size_t top, c
 void carryPixels(const SourcePixels& source, const PixelLayout& sourceLayout, const TargetPixels& target,
                  const PixelLayout& targetLayout);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -121,4 +121,4 @@ void PlainRows::read(int y, std::uint32_t* words) const {
     readWords(m_pixels, m_layout, static_cast<std::size_t>(y), words);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

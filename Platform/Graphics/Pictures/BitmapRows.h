@@ -8,7 +8,7 @@
 
 #include <memory>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A bitmap, read in place: its pixels must stay as they are for as long as this is read. Colours are
 /// converted from the bitmap's profile to sRGB; without a profile, or with one that does not fit the bitmap's
@@ -44,4 +44,4 @@ private:
     PixelLayout m_layout;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

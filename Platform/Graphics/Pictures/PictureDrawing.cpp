@@ -8,7 +8,7 @@
 #include <cmath>
 #include <new>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -119,4 +119,4 @@ void drawPicture(NSGraphicsContext& context, DrawablePicture& picture, NSRect de
     context.notePainted();
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 
 #include <cairo.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 class NSGraphicsContext;
 
@@ -32,4 +32,4 @@ struct PlacedPicture {
 void drawByPainter(cairo_t* context, const PlacedPicture& placed, int operation, double fraction);
 void drawByCairo(cairo_t* context, const PlacedPicture& placed, int operation, double fraction);
 
-} // namespace Platform
+} // namespace Imaging::Platform

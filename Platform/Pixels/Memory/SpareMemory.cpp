@@ -5,7 +5,7 @@
 #include <sys/mman.h>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -75,4 +75,4 @@ void releaseSpareMemory() {
     spare().total = 0;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// A mapping of at least `length` bytes, and of no more than a quarter more, that was freed earlier; `length`
 /// becomes its own. Its bytes are of any value. Null when there is none. Any thread.
@@ -18,4 +18,4 @@ void giveSpareMemory(std::uint8_t* bytes, std::size_t length);
 /// Unmaps all that is kept. Any thread.
 void releaseSpareMemory();
 
-} // namespace Platform
+} // namespace Imaging::Platform

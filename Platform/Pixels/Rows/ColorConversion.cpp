@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -144,4 +144,4 @@ void ColorConversion::convert(const std::uint16_t* samples, std::uint8_t* rgba, 
     cmsDoTransform(m_transform->wideOne().get(), samples, rgba, static_cast<cmsUInt32Number>(count));
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

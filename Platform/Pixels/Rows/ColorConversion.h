@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <memory>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The conversion of samples that an ICC profile describes to sRGB, relative colorimetric. Thread-safe.
 class ColorConversion {
@@ -34,4 +34,4 @@ private:
     std::unique_ptr<Transform> m_transform;
 };
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -75,4 +75,4 @@ void forEachRowBand(std::int64_t rows, std::int64_t minimumRowsPerBand,
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <functional>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// How many bands rows are split into at most: the cores that this process may run on, at least 1.
 /// Thread-safe.
@@ -25,4 +25,4 @@ void forEachRowBand(std::int64_t rows, std::int64_t minimumRowsPerBand,
                     const std::function<void(std::int64_t first, std::int64_t end)>& body,
                     std::int64_t bandLimit = rowBandLimit());
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -9,7 +9,7 @@
 #include <limits>
 #include <string>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -69,4 +69,4 @@ std::shared_ptr<PixelImage> halved(const PixelImage& image, bool acrossX, bool a
     return result;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -8,7 +8,7 @@
 #include <memory>
 #include <utility>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// Premultiplied words 0xAARRGGBB in the machine's byte order, row after row from the top, without padding.
 /// One thread may write it while no other one reads it.
@@ -54,4 +54,4 @@ void halveRows(const std::uint32_t* above, const std::uint32_t* below, int width
 /// exactly. Works on all cores.
 std::shared_ptr<PixelImage> halved(const PixelImage& image, bool acrossX, bool acrossY);
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <limits>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -427,4 +427,4 @@ void unpackWords(const std::uint32_t* words, std::uint8_t* rgba, std::size_t cou
     pixelRows().wordsToRgba(words, rgba, count);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

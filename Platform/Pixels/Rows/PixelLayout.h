@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 enum class PixelColor { Gray, InvertedGray, RGB, CMYK };
 enum class PixelAlpha { None, Last, First, SkipLast, SkipFirst };
@@ -86,4 +86,4 @@ constexpr std::uint32_t dividedByMaximum(std::uint32_t product, std::uint16_t) {
     return static_cast<std::uint32_t>((std::uint64_t{product} + 32767) / 65535);
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -10,7 +10,7 @@
 #include "hwy/highway.h"
 
 HWY_BEFORE_NAMESPACE();
-namespace Platform {
+namespace Imaging::Platform {
 namespace HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR // vectors of one byte, which no pixel fits in
@@ -347,11 +347,11 @@ const PixelRowRoutines& routines() {
 #endif
 
 } // namespace HWY_NAMESPACE
-} // namespace Platform
+} // namespace Imaging::Platform
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Platform {
+namespace Imaging::Platform {
 
 HWY_EXPORT(routines);
 
@@ -360,5 +360,5 @@ const PixelRowRoutines& pixelRows() {
     return HWY_DYNAMIC_DISPATCH(routines)();
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform
 #endif

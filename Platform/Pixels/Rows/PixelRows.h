@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The routines for `count` neighbouring pixels without padding between them. RGBA stands for four bytes a
 /// pixel in that order in memory, words for native 32-bit 0xAARRGGBB; colours are taken as they are, whether
@@ -58,4 +58,4 @@ const PixelRowRoutines& pixelRows();
 /// The same in plain code, which gives the same bytes. It finishes the rows of the vector code.
 const PixelRowRoutines& plainPixelRows();
 
-} // namespace Platform
+} // namespace Imaging::Platform

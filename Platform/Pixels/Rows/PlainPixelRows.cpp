@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -142,4 +142,4 @@ const PixelRowRoutines& plainPixelRows() {
     return routines;
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -10,7 +10,7 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace Platform::HWY_NAMESPACE {
+namespace Imaging::Platform::HWY_NAMESPACE {
 namespace {
 
 #if HWY_TARGET == HWY_SCALAR
@@ -238,11 +238,11 @@ void halves(const std::uint32_t* above, const std::uint32_t* below, std::uint32_
 #endif
 
 } // namespace
-} // namespace Platform::HWY_NAMESPACE
+} // namespace Imaging::Platform::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -371,5 +371,5 @@ void meanRow(const std::uint32_t* above, const std::uint32_t* below, std::uint32
     }
 }
 
-} // namespace Platform
+} // namespace Imaging::Platform
 #endif

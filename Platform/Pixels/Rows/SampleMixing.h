@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 /// The most pixels that are mixed into one along an axis.
 constexpr std::size_t maximumTaps = 32;
@@ -73,4 +73,4 @@ void halveRowPlain(const std::uint32_t* above, const std::uint32_t* below, std::
 /// Means of two rows of `count` words, rounded to nearest (halves up).
 void meanRow(const std::uint32_t* above, const std::uint32_t* below, std::uint32_t* words, std::size_t count);
 
-} // namespace Platform
+} // namespace Imaging::Platform

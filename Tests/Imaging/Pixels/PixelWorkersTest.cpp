@@ -151,19 +151,19 @@ TEST(RowsOfPixelWorkers, FollowAnyStep) {
 }
 
 TEST(RecordsOfPixelWorkers, RefuseRowsThatTheyCannotCount) {
-    const Platform::PictureLimits before = Platform::pictureLimits();
-    Platform::setPictureLimits({before.maximumPixels, std::uint64_t{1} << 40});
+    const Imaging::Platform::PictureLimits before = Imaging::Platform::pictureLimits();
+    Imaging::Platform::setPictureLimits({before.maximumPixels, std::uint64_t{1} << 40});
     std::uint8_t byte = 0;
-    Platform::NSBitmapDescription description;
+    Imaging::Platform::NSBitmapDescription description;
     description.pixelsWide = 1;
     description.pixelsHigh = 1;
     description.bytesPerRow = 0xFFFFFFFF;
-    const auto longest = Platform::NSBitmapImageRep::bitmapOverPlanes(description, {&byte});
+    const auto longest = Imaging::Platform::NSBitmapImageRep::bitmapOverPlanes(description, {&byte});
     description.bytesPerRow = 0x100000000;
-    const auto tooLong = Platform::NSBitmapImageRep::bitmapOverPlanes(description, {&byte});
-    Platform::setPictureLimits(before);
+    const auto tooLong = Imaging::Platform::NSBitmapImageRep::bitmapOverPlanes(description, {&byte});
+    Imaging::Platform::setPictureLimits(before);
     ASSERT_NE(longest, nullptr);
     ASSERT_NE(tooLong, nullptr);
     EXPECT_NO_THROW(Imaging::requireSizesOfRecords(*longest));
-    EXPECT_THROW(Imaging::requireSizesOfRecords(*tooLong), Platform::NSException);
+    EXPECT_THROW(Imaging::requireSizesOfRecords(*tooLong), Imaging::Platform::NSException);
 }

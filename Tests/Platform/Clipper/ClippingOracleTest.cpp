@@ -73,7 +73,7 @@ Ring turnedRectangle(Random& random, const Field& field) {
 
 /// Unions of lattice tangles are not exact; see `PolygonClipper.h`.
 bool isExactOnLattices(gpc_op operation) {
-    return operation == Platform::GPC_INT || operation == Platform::GPC_DIFF;
+    return operation == Imaging::Platform::GPC_INT || operation == Imaging::Platform::GPC_DIFF;
 }
 
 Ring ringOfSomeKind(Random& random, gpc_op operation, const Field& field) {
@@ -173,7 +173,7 @@ void checkOnce(Random& random, gpc_op operation, const Field& field, Totals& tot
     const Real expected = StripAreas(operation, subject, clip).area();
     totals.worstArea = std::max(totals.worstArea, std::fabs(ofField(area - expected)));
     // Contours that covered each other would count twice in the one and not at all in the other.
-    const Real evenOdd = StripAreas(Platform::GPC_UNION, rings, {}).area();
+    const Real evenOdd = StripAreas(Imaging::Platform::GPC_UNION, rings, {}).area();
     totals.worstOverlap = std::max(totals.worstOverlap, std::fabs(ofField(area - evenOdd)));
 }
 
@@ -197,8 +197,8 @@ std::string nameOfOperation(const testing::TestParamInfo<gpc_op>& operation) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, ClippingOracle,
-                         testing::Values(Platform::GPC_INT, Platform::GPC_DIFF, Platform::GPC_XOR,
-                                         Platform::GPC_UNION),
+                         testing::Values(Imaging::Platform::GPC_INT, Imaging::Platform::GPC_DIFF,
+                                         Imaging::Platform::GPC_XOR, Imaging::Platform::GPC_UNION),
                          nameOfOperation);
 
 } // namespace

@@ -13,10 +13,10 @@
 namespace {
 
 using namespace PolygonOracle;
-using Platform::GPC_DIFF;
-using Platform::GPC_INT;
-using Platform::GPC_UNION;
-using Platform::GPC_XOR;
+using Imaging::Platform::GPC_DIFF;
+using Imaging::Platform::GPC_INT;
+using Imaging::Platform::GPC_UNION;
+using Imaging::Platform::GPC_XOR;
 using testing::UnorderedElementsAre;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -37,7 +37,7 @@ Ring reversed(Ring ring) {
 
 TEST(GpcPolygon, HoldsCopiesOfTheContoursThatAreAdded) {
     std::vector<gpc_vertex> vertices = {{1, 2}, {3, 4}, {5, 6}};
-    const Platform::gpc_vertex_list list = {3, vertices.data()};
+    const Imaging::Platform::gpc_vertex_list list = {3, vertices.data()};
     gpc_owned_polygon polygon;
     gpc_add_contour(&polygon, &list, 0);
     vertices[1] = {9, 9};
@@ -50,7 +50,7 @@ TEST(GpcPolygon, HoldsCopiesOfTheContoursThatAreAdded) {
 }
 
 TEST(GpcPolygon, TakesContoursWithoutVertices) {
-    const Platform::gpc_vertex_list none = {0, nullptr};
+    const Imaging::Platform::gpc_vertex_list none = {0, nullptr};
     gpc_owned_polygon polygon;
     gpc_add_contour(&polygon, &none, 0);
     ASSERT_EQ(polygon.num_contours, 1);
@@ -75,7 +75,8 @@ TEST(GpcPolygon, MayBeBuiltByHandFromMalloc) {
     gpc_polygon polygon{};
     polygon.num_contours = 1;
     polygon.hole = static_cast<int*>(std::calloc(1, sizeof(int)));
-    polygon.contour = static_cast<Platform::gpc_vertex_list*>(std::malloc(sizeof(Platform::gpc_vertex_list)));
+    polygon.contour = static_cast<Imaging::Platform::gpc_vertex_list*>(
+        std::malloc(sizeof(Imaging::Platform::gpc_vertex_list)));
     auto* const vertices = static_cast<gpc_vertex*>(std::malloc(3 * sizeof(gpc_vertex)));
     polygon.contour[0] = {3, vertices};
     vertices[0] = {0, 0};

@@ -15,10 +15,10 @@
 
 namespace PolygonOracle {
 
-using Platform::gpc_op;
-using Platform::gpc_owned_polygon;
-using Platform::gpc_polygon;
-using Platform::gpc_vertex;
+using Imaging::Platform::gpc_op;
+using Imaging::Platform::gpc_owned_polygon;
+using Imaging::Platform::gpc_polygon;
+using Imaging::Platform::gpc_vertex;
 using Real = long double;
 
 struct Point {
@@ -38,13 +38,13 @@ using Rings = std::vector<Ring>;
 inline void add(gpc_polygon& polygon, const Ring& ring, int hole = 0) {
     std::vector<gpc_vertex> vertices;
     for (const Point& p : ring) vertices.push_back({p.x, p.y});
-    const Platform::gpc_vertex_list list = {static_cast<int>(vertices.size()), vertices.data()};
-    Platform::gpc_add_contour(&polygon, &list, hole);
+    const Imaging::Platform::gpc_vertex_list list = {static_cast<int>(vertices.size()), vertices.data()};
+    Imaging::Platform::gpc_add_contour(&polygon, &list, hole);
 }
 
 inline Ring ringOf(const gpc_polygon& polygon, int index) {
     Ring ring;
-    const Platform::gpc_vertex_list& list = polygon.contour[index];
+    const Imaging::Platform::gpc_vertex_list& list = polygon.contour[index];
     for (int i = 0; i < list.num_vertices; ++i) ring.push_back({list.vertex[i].x, list.vertex[i].y});
     return ring;
 }
@@ -61,7 +61,7 @@ inline void combine(gpc_op operation, const Rings& subject, const Rings& clip, g
     gpc_owned_polygon b;
     for (const Ring& ring : subject) add(a, ring);
     for (const Ring& ring : clip) add(b, ring);
-    Platform::gpc_polygon_clip(operation, &a, &b, &result);
+    Imaging::Platform::gpc_polygon_clip(operation, &a, &b, &result);
 }
 
 inline Rings combined(gpc_op operation, const Rings& subject, const Rings& clip) {
@@ -71,7 +71,7 @@ inline Rings combined(gpc_op operation, const Rings& subject, const Rings& clip)
 }
 
 inline Rings common(const Rings& subject, const Rings& clip) {
-    return combined(Platform::GPC_INT, subject, clip);
+    return combined(Imaging::Platform::GPC_INT, subject, clip);
 }
 
 inline Ring rectangle(double x, double y, double width, double height) {
@@ -98,13 +98,13 @@ inline bool isInside(const Rings& rings, Point p) {
 
 inline bool isInside(gpc_op operation, bool subject, bool clip) {
     switch (operation) {
-    case Platform::GPC_DIFF:
+    case Imaging::Platform::GPC_DIFF:
         return subject && !clip;
-    case Platform::GPC_INT:
+    case Imaging::Platform::GPC_INT:
         return subject && clip;
-    case Platform::GPC_XOR:
+    case Imaging::Platform::GPC_XOR:
         return subject != clip;
-    case Platform::GPC_UNION:
+    case Imaging::Platform::GPC_UNION:
         break;
     }
     return subject || clip;

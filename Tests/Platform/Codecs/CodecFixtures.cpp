@@ -14,7 +14,7 @@
 #include <jpeglib.h>
 #include <png.h>
 
-namespace Platform::Fixtures {
+namespace Imaging::Platform::Fixtures {
 
 namespace {
 
@@ -568,4 +568,4 @@ std::vector<int> tiffExtraSamples(ByteView bytes) {
     return found;
 }
 
-} // namespace Platform::Fixtures
+} // namespace Imaging::Platform::Fixtures

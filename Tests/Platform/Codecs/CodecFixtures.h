@@ -10,7 +10,7 @@
 
 /// Encoded pictures for the codec tests, made in memory with the formats' own libraries or byte by byte, and
 /// never with the codecs under test.
-namespace Platform::Fixtures {
+namespace Imaging::Platform::Fixtures {
 
 using Samples = std::vector<std::uint16_t>; ///< interleaved, row after row, whatever the bits per sample
 
@@ -154,4 +154,4 @@ std::uint32_t tiffDataOffset(std::size_t entries);
 int tiffTag(ByteView bytes, std::uint32_t tag, int absent);
 std::vector<int> tiffExtraSamples(ByteView bytes);
 
-} // namespace Platform::Fixtures
+} // namespace Imaging::Platform::Fixtures

@@ -7,7 +7,7 @@
 #include <limits>
 #include <thread>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -226,4 +226,4 @@ TEST(PictureLimits, DoNotOverflowForTheLargestHeaders) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -10,7 +10,7 @@
 #include <set>
 #include <sstream>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -293,4 +293,4 @@ TEST(DamagedPictures, AreRefusedWhenTheyAreGarbage) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -11,7 +11,7 @@
 #include <openjpeg.h>
 #include <webp/encode.h>
 
-namespace Platform::Fixtures {
+namespace Imaging::Platform::Fixtures {
 
 namespace {
 
@@ -328,4 +328,4 @@ NSData rawJpeg2000(const RawJpeg2000& picture, const Samples& samples) {
     return std::move(file.bytes);
 }
 
-} // namespace Platform::Fixtures
+} // namespace Imaging::Platform::Fixtures

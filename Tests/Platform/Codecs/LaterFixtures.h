@@ -5,7 +5,7 @@
 #include <array>
 
 /// Encoded pictures of the other formats, made byte by byte or with the formats' own libraries.
-namespace Platform::Fixtures {
+namespace Imaging::Platform::Fixtures {
 
 /// A number of `count` bytes.
 void appendLittle(NSData& to, std::uint64_t value, int count);
@@ -106,4 +106,4 @@ struct RawJxl {
 NSData rawJxl(const RawJxl& picture, const Samples& samples);
 #endif
 
-} // namespace Platform::Fixtures
+} // namespace Imaging::Platform::Fixtures

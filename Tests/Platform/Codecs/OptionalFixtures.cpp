@@ -15,7 +15,7 @@
 extern "C" const char* __lsan_default_suppressions(); // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions() { return "leak:libx265"; }
 
-namespace Platform::Fixtures {
+namespace Imaging::Platform::Fixtures {
 
 namespace {
 
@@ -153,4 +153,4 @@ NSData rawJxl(const RawJxl& picture, const Samples& samples) {
 
 #endif
 
-} // namespace Platform::Fixtures
+} // namespace Imaging::Platform::Fixtures

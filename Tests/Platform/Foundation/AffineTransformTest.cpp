@@ -11,7 +11,7 @@
 #include <numbers>
 #include <random>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

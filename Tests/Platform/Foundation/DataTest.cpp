@@ -14,7 +14,7 @@
 #include <thread>
 #include <unistd.h>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using testing::HasSubstr;
 using TestSupport::TemporaryFolder;
 

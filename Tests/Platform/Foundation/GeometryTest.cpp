@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

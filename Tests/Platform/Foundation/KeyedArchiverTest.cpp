@@ -13,7 +13,7 @@
 #include <limits>
 #include <sys/mman.h>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace TestSupport;
 using testing::HasSubstr;
 

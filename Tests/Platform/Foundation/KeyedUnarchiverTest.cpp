@@ -8,7 +8,7 @@
 #include <random>
 #include <thread>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace TestSupport;
 using testing::HasSubstr;
 

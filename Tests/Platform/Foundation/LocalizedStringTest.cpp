@@ -8,7 +8,7 @@
 #include <clocale>
 #include <cstdlib>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using TestSupport::ScopedVariable;
 using TestSupport::TemporaryFolder;
 

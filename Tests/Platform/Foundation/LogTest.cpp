@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

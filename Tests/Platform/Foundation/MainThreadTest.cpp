@@ -14,7 +14,7 @@
 #include <thread>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using TestSupport::ScopedVariable;
 using TestSupport::TemporaryFolder;
 

@@ -15,7 +15,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace TestSupport;
 using namespace std::chrono_literals;
 using testing::HasSubstr;

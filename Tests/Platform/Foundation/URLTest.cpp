@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <limits>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

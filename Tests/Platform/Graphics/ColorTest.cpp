@@ -7,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

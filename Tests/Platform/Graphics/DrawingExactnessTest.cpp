@@ -4,7 +4,7 @@
 
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -15,7 +15,7 @@
 
 namespace Pixels {
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 /// Rows of a table, which counts how often they are read.
 class GridRows : public PictureRows {

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <thread>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

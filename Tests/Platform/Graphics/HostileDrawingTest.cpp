@@ -11,7 +11,7 @@
 
 // Coordinates and transforms that nobody means: they may paint nothing, but not harm what comes after.
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

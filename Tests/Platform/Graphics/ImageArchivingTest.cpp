@@ -6,7 +6,7 @@
 
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -11,7 +11,7 @@
 #include <string>
 #include <thread>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

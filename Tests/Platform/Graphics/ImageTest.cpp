@@ -13,7 +13,7 @@
 #include <limits>
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 using TestSupport::TemporaryFolder;
 

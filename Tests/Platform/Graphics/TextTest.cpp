@@ -17,7 +17,7 @@
 
 // Nothing here may depend on which fonts the machine has.
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

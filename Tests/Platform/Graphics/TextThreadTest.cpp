@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 TEST(TextThreads, DrawTheSameAtTheSameTime) {

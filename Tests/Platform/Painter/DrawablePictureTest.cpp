@@ -8,7 +8,7 @@
 
 #include <map>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -13,17 +13,17 @@
 namespace Pixels {
 
 inline constexpr std::array<std::string_view, 7> colorSpaceNames = {
-    Platform::NSCalibratedWhiteColorSpace, Platform::NSCalibratedBlackColorSpace,
-    Platform::NSCalibratedRGBColorSpace,   Platform::NSDeviceWhiteColorSpace,
-    Platform::NSDeviceBlackColorSpace,     Platform::NSDeviceRGBColorSpace,
-    Platform::NSDeviceCMYKColorSpace};
+    Imaging::Platform::NSCalibratedWhiteColorSpace, Imaging::Platform::NSCalibratedBlackColorSpace,
+    Imaging::Platform::NSCalibratedRGBColorSpace,   Imaging::Platform::NSDeviceWhiteColorSpace,
+    Imaging::Platform::NSDeviceBlackColorSpace,     Imaging::Platform::NSDeviceRGBColorSpace,
+    Imaging::Platform::NSDeviceCMYKColorSpace};
 
 inline int colorSamplesOf(std::string_view name) {
-    if (name == Platform::NSDeviceCMYKColorSpace) return 4;
+    if (name == Imaging::Platform::NSDeviceCMYKColorSpace) return 4;
     return name.find("RGB") != std::string_view::npos ? 3 : 1;
 }
 
-inline std::string nameOf(const Platform::NSBitmapDescription& d) {
+inline std::string nameOf(const Imaging::Platform::NSBitmapDescription& d) {
     return std::string(d.colorSpaceName) + ", " + std::to_string(d.samplesPerPixel) + " samples of " +
            std::to_string(d.bitsPerSample) + " bits" + (d.hasAlpha ? ", alpha" : "") +
            (d.isPlanar ? ", planar" : "") + ", format " + std::to_string(d.bitmapFormat) + ", " +
@@ -32,12 +32,12 @@ inline std::string nameOf(const Platform::NSBitmapDescription& d) {
 
 /// Every colour space, with and without alpha and a sample to spare, planar and meshed, with and without
 /// padding, in all formats and both depths.
-inline std::vector<Platform::NSBitmapDescription> allBitmapLayouts(int width, int height) {
-    std::vector<Platform::NSBitmapDescription> all;
+inline std::vector<Imaging::Platform::NSBitmapDescription> allBitmapLayouts(int width, int height) {
+    std::vector<Imaging::Platform::NSBitmapDescription> all;
     for (const std::string_view name : colorSpaceNames) {
         // Eight bits: alpha, planar, depth, padding, a spare sample, and two of format.
         for (unsigned choice = 0; choice < 128; ++choice) {
-            Platform::NSBitmapDescription d;
+            Imaging::Platform::NSBitmapDescription d;
             d.pixelsWide = width;
             d.pixelsHigh = height;
             d.colorSpaceName = name;
@@ -59,11 +59,11 @@ inline std::vector<Platform::NSBitmapDescription> allBitmapLayouts(int width, in
 }
 
 /// Random samples; a premultiplied colour never exceeds its alpha.
-inline void fillAtRandom(Random& random, Platform::NSBitmapImageRep& bitmap) {
+inline void fillAtRandom(Random& random, Imaging::Platform::NSBitmapImageRep& bitmap) {
     const int maximum = bitmap.bitsPerSample() == 8 ? 255 : 65535;
-    const bool alphaFirst = (bitmap.bitmapFormat() & Platform::NSAlphaFirstBitmapFormat) != 0;
-    const bool limited =
-        bitmap.hasAlpha() && (bitmap.bitmapFormat() & Platform::NSAlphaNonpremultipliedBitmapFormat) == 0;
+    const bool alphaFirst = (bitmap.bitmapFormat() & Imaging::Platform::NSAlphaFirstBitmapFormat) != 0;
+    const bool limited = bitmap.hasAlpha() && (bitmap.bitmapFormat() &
+                                               Imaging::Platform::NSAlphaNonpremultipliedBitmapFormat) == 0;
     const int alphaIndex = alphaFirst ? 0 : colorSamplesOf(bitmap.colorSpaceName());
     for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
         for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) {
@@ -80,12 +80,13 @@ inline void fillAtRandom(Random& random, Platform::NSBitmapImageRep& bitmap) {
 }
 
 /// What the samples of one pixel mean: premultiplied red, green, blue and alpha from 0 to 1.
-inline Color meaningOf(const Platform::NSBitmapImageRep& bitmap, std::int64_t x, std::int64_t y) {
+inline Color meaningOf(const Imaging::Platform::NSBitmapImageRep& bitmap, std::int64_t x, std::int64_t y) {
     const double maximum = bitmap.bitsPerSample() == 8 ? 255 : 65535;
     const auto pixel = bitmap.pixelAt(x, y);
     const bool alphaFirst =
-        bitmap.hasAlpha() && (bitmap.bitmapFormat() & Platform::NSAlphaFirstBitmapFormat) != 0;
-    const bool straight = (bitmap.bitmapFormat() & Platform::NSAlphaNonpremultipliedBitmapFormat) != 0;
+        bitmap.hasAlpha() && (bitmap.bitmapFormat() & Imaging::Platform::NSAlphaFirstBitmapFormat) != 0;
+    const bool straight =
+        (bitmap.bitmapFormat() & Imaging::Platform::NSAlphaNonpremultipliedBitmapFormat) != 0;
     const std::string_view space = bitmap.colorSpaceName();
     const auto colors = static_cast<std::size_t>(colorSamplesOf(space));
     const std::size_t first = alphaFirst ? 1 : 0;
@@ -111,15 +112,16 @@ inline Color meaningOf(const Platform::NSBitmapImageRep& bitmap, std::int64_t x,
 /// Sets the picture limits for a scope.
 class LimitScope {
 public:
-    explicit LimitScope(const Platform::PictureLimits& limits) : m_before(Platform::pictureLimits()) {
-        Platform::setPictureLimits(limits);
+    explicit LimitScope(const Imaging::Platform::PictureLimits& limits)
+        : m_before(Imaging::Platform::pictureLimits()) {
+        Imaging::Platform::setPictureLimits(limits);
     }
-    ~LimitScope() { Platform::setPictureLimits(m_before); }
+    ~LimitScope() { Imaging::Platform::setPictureLimits(m_before); }
     LimitScope(const LimitScope&) = delete;
     LimitScope& operator=(const LimitScope&) = delete;
 
 private:
-    Platform::PictureLimits m_before;
+    Imaging::Platform::PictureLimits m_before;
 };
 
 } // namespace Pixels

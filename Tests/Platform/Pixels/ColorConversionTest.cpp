@@ -13,7 +13,7 @@
 #include <optional>
 #include <thread>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -12,7 +12,7 @@
 
 namespace Pixels {
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 /// A layout of bitmap contexts and of images over memory.
 struct Layout {

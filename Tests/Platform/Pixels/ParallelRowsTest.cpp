@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 TEST(PixelBuffer, BeginsEmpty) {
     const PixelBuffer buffer;

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -13,11 +13,11 @@
 
 namespace Pixels {
 
-using Platform::PixelAlpha;
-using Platform::PixelColor;
-using Platform::PixelLayout;
-using Platform::SourcePixels;
-using Platform::TargetPixels;
+using Imaging::Platform::PixelAlpha;
+using Imaging::Platform::PixelColor;
+using Imaging::Platform::PixelLayout;
+using Imaging::Platform::SourcePixels;
+using Imaging::Platform::TargetPixels;
 
 inline std::string nameOf(const PixelLayout& layout) {
     return "colour " + std::to_string(static_cast<int>(layout.color)) + ", alpha " +

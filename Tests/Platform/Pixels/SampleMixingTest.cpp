@@ -7,7 +7,7 @@
 #include <array>
 #include <cmath>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

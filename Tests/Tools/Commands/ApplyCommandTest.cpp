@@ -190,8 +190,8 @@ private:
     Arguments m_arguments;
 };
 
-std::string archived(const Platform::NSCoding& root) {
-    const Platform::NSData data = Platform::archivedDataWithRootObject(root);
+std::string archived(const Imaging::Platform::NSCoding& root) {
+    const Imaging::Platform::NSData data = Imaging::Platform::archivedDataWithRootObject(root);
     return {data.begin(), data.end()};
 }
 
@@ -491,8 +491,8 @@ TEST(ApplyCommand, TakesGraphsOfOperations) {
     const Picture picture = randomPicture(9, 7, 11);
     const auto leaf = Imaging::IMGImage::imageWithContentsOfFile(folder.write("a.png", pngOf(picture)));
     const auto moved = Imaging::IMGTranslationOp::translationBy({2, 1}, leaf);
-    const auto canvas =
-        std::make_shared<Imaging::IMGCanvas>(Platform::NSMakeSize(12, 10), Imaging::IMGImage::Sources{moved});
+    const auto canvas = std::make_shared<Imaging::IMGCanvas>(Imaging::Platform::NSMakeSize(12, 10),
+                                                             Imaging::IMGImage::Sources{moved});
     const std::string graph = folder.write("a.graph", archived(*canvas));
     // (2, 1) from the lower left corner is 2 rows from the top.
     const Picture expected = part(picture, -2, -2, 12, 10);
@@ -504,10 +504,10 @@ TEST(ApplyCommand, TakesGraphsOfOperations) {
 }
 
 TEST(ApplyCommand, RefusesGraphsWhoseOperationsHaveNothingBelow) {
-    struct Alone : Platform::NSCoding {
+    struct Alone : Imaging::Platform::NSCoding {
         std::string name;
         std::string archiveClassName() const override { return name; }
-        void encodeWithCoder(Platform::NSCoder& coder) const override {
+        void encodeWithCoder(Imaging::Platform::NSCoder& coder) const override {
             coder.encodeSize({4, 3}, "target-size");
             coder.encodeRect({{0, 0}, {4, 3}}, "source-area");
         }

@@ -14,11 +14,11 @@ namespace {
 
 std::shared_ptr<IMGImage> unarchived(const std::string& bytes) {
     const auto* start = static_cast<const std::uint8_t*>(static_cast<const void*>(bytes.data()));
-    return Platform::unarchiveObjectOfClass<IMGImage>({start, bytes.size()});
+    return Imaging::Platform::unarchiveObjectOfClass<IMGImage>({start, bytes.size()});
 }
 
 std::string archived(const IMGImage& root) {
-    const Platform::NSData data = Platform::archivedDataWithRootObject(root);
+    const Imaging::Platform::NSData data = Imaging::Platform::archivedDataWithRootObject(root);
     return {data.begin(), data.end()};
 }
 

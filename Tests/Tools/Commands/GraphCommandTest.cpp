@@ -27,7 +27,7 @@ std::string shown(const std::vector<std::string>& arguments, const Surroundings&
 }
 
 std::string graphFile(const TemporaryFolder& folder, const IMGImage& root) {
-    const Platform::NSData data = Platform::archivedDataWithRootObject(root);
+    const Imaging::Platform::NSData data = Imaging::Platform::archivedDataWithRootObject(root);
     return folder.write("a.graph", std::string(data.begin(), data.end()));
 }
 
@@ -51,7 +51,8 @@ TEST(GraphCommand, IndentsSourcesInTheirOrderWithTheirBounds) {
     const auto moved = IMGTranslationOp::translationBy({2.5F, -1}, turned);
     const auto fitted =
         IMGCropAndScale::cropWithSourceImage(a, {{1, 2}, {30, 20}}, {15, 10}, SCALE_TO_FILL, true);
-    const auto canvas = std::make_shared<IMGCanvas>(Platform::NSMakeSize(80, 50), Sources{fitted, moved});
+    const auto canvas =
+        std::make_shared<IMGCanvas>(Imaging::Platform::NSMakeSize(80, 50), Sources{fitted, moved});
     const std::string graph = graphFile(folder, *canvas);
     // About (5, 10) the 10 x 20 pixels become 20 x 10 at (-5, 5). The bounds of a chain prepend: (x, y) is
     // moved before it is turned.
@@ -71,10 +72,11 @@ TEST(GraphCommand, IndentsSourcesInTheirOrderWithTheirBounds) {
 TEST(GraphCommand, TellsWhatIsParticularToEachKindOfNode) {
     const TemporaryFolder folder;
     const auto a = picture(folder, "a.png", 6, 4);
-    const auto canvas = std::make_shared<IMGCanvas>(Platform::NSMakeSize(6, 4), Sources{a});
+    const auto canvas = std::make_shared<IMGCanvas>(Imaging::Platform::NSMakeSize(6, 4), Sources{a});
     canvas->canvasTransform()->translateXBy(3, 4);
     const IMGCompositeOp root(Sources{
-        IMGAffineTransformOp::transformBy(Platform::NSAffineTransform({2, 0, 0, 3, -1, 0.1F}), canvas),
+        IMGAffineTransformOp::transformBy(Imaging::Platform::NSAffineTransform({2, 0, 0, 3, -1, 0.1F}),
+                                          canvas),
         IMGTransposeOp::transposeOfType(FLIP_DIAGONAL, canvas), IMGTransposeOp::transposeOfType(-7, canvas),
         IMGCropAndScale::cropWithSourceImage(canvas, {{0, 0}, {1, 1}}, {2, 2}, 9, false)});
     const std::string text = shown({graphFile(folder, root)});

@@ -14,8 +14,8 @@ using testing::StartsWith;
 
 namespace {
 
-std::string archived(const Platform::NSCoding& root) {
-    const Platform::NSData data = Platform::archivedDataWithRootObject(root);
+std::string archived(const Imaging::Platform::NSCoding& root) {
+    const Imaging::Platform::NSData data = Imaging::Platform::archivedDataWithRootObject(root);
     return {data.begin(), data.end()};
 }
 
@@ -189,7 +189,7 @@ TEST(BadArchive, IsRefusedWhenItIsCutShort) {
 TEST(BadArchive, IsRefusedWhenItHoldsSomethingElse) {
     const TemporaryFolder folder;
     const auto picture =
-        Platform::NSImage::imageWithContentsOfFile(folder.write("a.png", pngOf(Picture(2, 2, red))));
+        Imaging::Platform::NSImage::imageWithContentsOfFile(folder.write("a.png", pngOf(Picture(2, 2, red))));
     expectRefusalByAll(folder, folder.write("picture.graph", archived(*picture)),
                        "the archive's root object is of another kind than was asked for");
     const std::string plain =

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-using namespace Tool;
+using namespace Imaging::Tool;
 
 namespace {
 

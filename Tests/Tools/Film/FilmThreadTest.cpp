@@ -13,7 +13,7 @@
 #include <atomic>
 
 using namespace TestSupport;
-using namespace Tool;
+using namespace Imaging::Tool;
 
 namespace {
 
@@ -54,8 +54,9 @@ private:
 /// Makes all of a frame the colour whose blue is `number`.
 void paintNumber(FrameBuffer& frame, std::uint32_t number) {
     frame.context()->setColor(
-        Platform::NSColor::colorWithCalibratedRed(0, 0, static_cast<float>(number) / 255, 1));
-    frame.context()->fillRect(Platform::NSMakeRect(0, 0, 10, 10), Platform::NSCompositeCopy);
+        Imaging::Platform::NSColor::colorWithCalibratedRed(0, 0, static_cast<float>(number) / 255, 1));
+    frame.context()->fillRect(Imaging::Platform::NSMakeRect(0, 0, 10, 10),
+                              Imaging::Platform::NSCompositeCopy);
 }
 
 } // namespace

@@ -10,15 +10,16 @@
 #include <gmock/gmock.h>
 
 using namespace TestSupport;
-using namespace Tool;
+using namespace Imaging::Tool;
 
 namespace {
 
 /// What a node of a frame's size looks like.
 Picture drawn(Imaging::IMGImage& node, PixelSize size) {
     const auto bitmap = drawnOnCanvas(size, "test", "", [&] {
-        node.drawWithTransform({}, Platform::NSCompositeSourceOver, 1);
-        return Platform::NSMakeRect(0, 0, static_cast<float>(size.width), static_cast<float>(size.height));
+        node.drawWithTransform({}, Imaging::Platform::NSCompositeSourceOver, 1);
+        return Imaging::Platform::NSMakeRect(0, 0, static_cast<float>(size.width),
+                                             static_cast<float>(size.height));
     });
     Picture picture(static_cast<int>(size.width), static_cast<int>(size.height), clear);
     for (int y = 0; y < picture.height; ++y) {
@@ -34,7 +35,7 @@ Picture drawn(Imaging::IMGImage& node, PixelSize size) {
 Show filmOf(const std::string& file, PixelSize size, Fit fit) {
     Show show;
     show.size = size;
-    show.background = Platform::NSColor::colorWithCalibratedRed(0, 0, 1, 1);
+    show.background = Imaging::Platform::NSColor::colorWithCalibratedRed(0, 0, 1, 1);
     show.pictures.resize(1);
     show.pictures[0].name = file;
     show.pictures[0].fit = fit;
@@ -91,13 +92,13 @@ TEST(FramePicture, IsOpaquePixelsOfAFramesSize) {
     const auto node =
         std::dynamic_pointer_cast<Imaging::IMGImageFromNSImage>(framePicture(show.pictures[0], show));
     ASSERT_NE(node, nullptr);
-    const Platform::NSRect bounds = node->imageBoundsRect();
+    const Imaging::Platform::NSRect bounds = node->imageBoundsRect();
     EXPECT_EQ(bounds.origin.x, 0);
     EXPECT_EQ(bounds.origin.y, 0);
     EXPECT_EQ(bounds.size.width, 64);
     EXPECT_EQ(bounds.size.height, 48);
     EXPECT_FALSE(node->fileName().has_value());
-    const auto bitmap = std::dynamic_pointer_cast<Platform::NSBitmapImageRep>(
+    const auto bitmap = std::dynamic_pointer_cast<Imaging::Platform::NSBitmapImageRep>(
         node->untransformedImage()->nsImage()->bestRepresentation());
     ASSERT_NE(bitmap, nullptr);
     EXPECT_EQ(bitmap->samplesPerPixel(), 3);

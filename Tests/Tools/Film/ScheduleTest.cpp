@@ -6,7 +6,7 @@
 
 #include <tuple>
 
-using namespace Tool;
+using namespace Imaging::Tool;
 using testing::ElementsAre;
 using testing::HasSubstr;
 

@@ -11,14 +11,14 @@
 #include <sstream>
 
 using namespace TestSupport;
-using namespace Tool;
+using namespace Imaging::Tool;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
 
 ShowFile parsed(const std::string& text, const std::string& name = "show.json") {
-    return showFileWithBytes(Platform::NSData(text.begin(), text.end()), name);
+    return showFileWithBytes(Imaging::Platform::NSData(text.begin(), text.end()), name);
 }
 
 /// What is said about the contents of a show file.
@@ -96,7 +96,7 @@ TEST(ShowFile, HasTheDocumentedDefaults) {
     EXPECT_EQ(show.size.height, 1080);
     EXPECT_EQ(show.rateNumerator, 25);
     EXPECT_EQ(show.rateDenominator, 1);
-    EXPECT_TRUE(show.background.isEqual(Platform::NSColor::blackColor()));
+    EXPECT_TRUE(show.background.isEqual(Imaging::Platform::NSColor::blackColor()));
     EXPECT_FALSE(show.loop);
     EXPECT_FALSE(show.asStored);
     for (const ShowPicture& picture : show.pictures) {
@@ -149,8 +149,8 @@ TEST(ShowFile, CarriesOutOperationsInTheirOrder) {
     const std::vector<Pixel> expected = {white, red, blue, green};
     for (std::size_t i = 0; i < expected.size(); ++i) {
         SCOPED_TRACE(i);
-        const auto data =
-            framePicture(show.pictures[i], show)->representationUsingType(Platform::NSPNGFileType, {});
+        const auto data = framePicture(show.pictures[i], show)
+                              ->representationUsingType(Imaging::Platform::NSPNGFileType, {});
         ASSERT_TRUE(data.has_value());
         EXPECT_EQ(pictureOfPNG(std::string(data->begin(), data->end())).at(0, 0), expected[i]);
     }

@@ -14,7 +14,7 @@
 #include <sstream>
 
 using namespace TestSupport;
-using namespace Tool;
+using namespace Imaging::Tool;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;

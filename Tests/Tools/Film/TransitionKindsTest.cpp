@@ -6,7 +6,7 @@
 
 #include <set>
 
-using namespace Tool;
+using namespace Imaging::Tool;
 using testing::ElementsAre;
 
 namespace {

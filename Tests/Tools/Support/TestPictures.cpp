@@ -12,7 +12,7 @@ namespace TestSupport {
 
 namespace {
 
-Platform::ByteView bytesOf(std::string_view text) {
+Imaging::Platform::ByteView bytesOf(std::string_view text) {
     return {static_cast<const std::uint8_t*>(static_cast<const void*>(text.data())), text.size()};
 }
 
@@ -116,11 +116,11 @@ Picture pictureOfPNG(std::string_view bytes) {
 }
 
 Picture pictureOfAnyFormat(std::string_view bytes) {
-    const Platform::DecodedPicture decoded = Platform::decodePicture(bytesOf(bytes));
-    const Platform::PictureHeader& header = decoded.header;
+    const Imaging::Platform::DecodedPicture decoded = Imaging::Platform::decodePicture(bytesOf(bytes));
+    const Imaging::Platform::PictureHeader& header = decoded.header;
     Picture picture(static_cast<int>(header.width), static_cast<int>(header.height), black);
     picture.hasAlpha = header.hasAlpha;
-    const bool isColor = header.color == Platform::SampleColor::RGB;
+    const bool isColor = header.color == Imaging::Platform::SampleColor::RGB;
     const auto samples = static_cast<std::size_t>(header.samplesPerPixel());
     for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
         const std::uint8_t* p = decoded.pixels.data() + i * samples;
@@ -133,11 +133,12 @@ Picture pictureOfAnyFormat(std::string_view bytes) {
 std::string jpegOf(const Picture& picture) {
     std::vector<std::uint8_t> samples;
     for (const Pixel& p : picture.pixels) samples.insert(samples.end(), {p.red, p.green, p.blue});
-    Platform::PictureHeader header;
+    Imaging::Platform::PictureHeader header;
     header.width = static_cast<std::uint32_t>(picture.width);
     header.height = static_cast<std::uint32_t>(picture.height);
-    const Platform::PictureView view{header, samples.data(), static_cast<std::size_t>(picture.width) * 3};
-    const Platform::NSData data = Platform::codecForFormat("JPEG")->encode(view, {0.95});
+    const Imaging::Platform::PictureView view{header, samples.data(),
+                                              static_cast<std::size_t>(picture.width) * 3};
+    const Imaging::Platform::NSData data = Imaging::Platform::codecForFormat("JPEG")->encode(view, {0.95});
     return {data.begin(), data.end()};
 }
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-using namespace Platform::Clipping;
+using namespace Imaging::Platform::Clipping;
 using PolygonOracle::Point;
 using PolygonOracle::Ring;
 using PolygonOracle::Rings;

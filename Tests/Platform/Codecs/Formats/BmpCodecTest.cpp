@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -300,4 +300,4 @@ TEST(BmpEncoding, WritesResolutionAndProfile) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -272,4 +272,4 @@ TEST(GifEncoding, WritesAProfileAndRefusesWhatGifCannotHold) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

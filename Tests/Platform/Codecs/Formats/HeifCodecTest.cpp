@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -73,4 +73,4 @@ TEST(HeifCodec, IsOnlyRead) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

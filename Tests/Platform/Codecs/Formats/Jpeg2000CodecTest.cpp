@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -240,4 +240,4 @@ TEST(Jpeg2000Encoding, WritesResolutionAndProfile) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

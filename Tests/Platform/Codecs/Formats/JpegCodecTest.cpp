@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -339,4 +339,4 @@ TEST(JpegCodec, ReadsAHundredScansAndRefusesMore) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

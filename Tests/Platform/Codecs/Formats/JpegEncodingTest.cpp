@@ -9,7 +9,7 @@
 
 #include <jpeglib.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -167,4 +167,4 @@ TEST(Encoding, RefusesPicturesThatMakeNoSense) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

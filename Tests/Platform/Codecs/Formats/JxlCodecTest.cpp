@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -90,4 +90,4 @@ TEST(JxlCodec, IsOnlyRead) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -132,4 +132,4 @@ TEST(LyingTiffs, AreRefusedForACompressionThatNobodyKnows) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

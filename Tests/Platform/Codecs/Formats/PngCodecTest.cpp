@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -321,4 +321,4 @@ TEST(PngCodec, LeavesPackedTextPacked) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

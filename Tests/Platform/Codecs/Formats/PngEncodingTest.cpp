@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -118,4 +118,4 @@ TEST(PngEncoding, WritesRowsOfMoreThanAMillionPixels) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <tiffio.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -350,4 +350,4 @@ TEST(TiffCodec, RefusesKindsOfSamplesThatItCannotRead) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

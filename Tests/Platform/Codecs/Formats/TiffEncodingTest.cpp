@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <tiffio.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -111,4 +111,4 @@ TEST(TiffEncoding, WritesRowsLargerThanAStrip) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

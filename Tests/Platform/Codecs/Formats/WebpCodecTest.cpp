@@ -5,7 +5,7 @@
 
 #include <webp/decode.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -118,4 +118,4 @@ TEST(WebpCodec, IsOnlyRead) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -122,4 +122,4 @@ TEST(MatchingProfile, IsNotFooledByATableThatWouldTakeHalfAGigabyte) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

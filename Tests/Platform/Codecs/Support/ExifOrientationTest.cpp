@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -66,4 +66,4 @@ TEST(Exif, IgnoresAnOrientationOfAnotherType) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <numeric>
 
-namespace Platform {
+namespace Imaging::Platform {
 
 namespace {
 
@@ -165,4 +165,4 @@ TEST(SampleConversion, ConvertsInksOfSixteenBitsWithAlpha) {
 
 } // namespace
 
-} // namespace Platform
+} // namespace Imaging::Platform

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 
 namespace TestSupport {
 

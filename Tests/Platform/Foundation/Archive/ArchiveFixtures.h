@@ -12,33 +12,33 @@
 namespace TestSupport {
 
 /// Holds one value of each kind.
-struct Everything final : Platform::NSCoding {
+struct Everything final : Imaging::Platform::NSCoding {
     Everything() = default;
-    explicit Everything(Platform::NSCoder& coder);
+    explicit Everything(Imaging::Platform::NSCoder& coder);
     std::string archiveClassName() const override { return "Everything"; }
-    void encodeWithCoder(Platform::NSCoder& coder) const override;
+    void encodeWithCoder(Imaging::Platform::NSCoder& coder) const override;
 
     bool flag = false;
     std::int64_t integer = 0;
     float real = 0;
     std::string text;
-    Platform::NSData data;
-    Platform::NSSize size;
-    Platform::NSRect rect;
-    Platform::NSAffineTransform transform;
-    std::shared_ptr<Platform::NSCoding> object;
-    std::vector<std::shared_ptr<Platform::NSCoding>> array;
+    Imaging::Platform::NSData data;
+    Imaging::Platform::NSSize size;
+    Imaging::Platform::NSRect rect;
+    Imaging::Platform::NSAffineTransform transform;
+    std::shared_ptr<Imaging::Platform::NSCoding> object;
+    std::vector<std::shared_ptr<Imaging::Platform::NSCoding>> array;
 };
 
 /// A node of a graph: a name and up to two others.
-struct Node final : Platform::NSCoding {
+struct Node final : Imaging::Platform::NSCoding {
     explicit Node(std::string itsName, std::shared_ptr<Node> itsLeft = nullptr,
                   std::shared_ptr<Node> itsRight = nullptr)
         : name(std::move(itsName)), left(std::move(itsLeft)), right(std::move(itsRight)) {}
-    explicit Node(Platform::NSCoder& coder);
+    explicit Node(Imaging::Platform::NSCoder& coder);
     ~Node() override;
     std::string archiveClassName() const override { return "Node"; }
-    void encodeWithCoder(Platform::NSCoder& coder) const override;
+    void encodeWithCoder(Imaging::Platform::NSCoder& coder) const override;
 
     std::string name;
     std::shared_ptr<Node> left;
@@ -49,7 +49,7 @@ struct Node final : Platform::NSCoding {
 class ScopedPropertyList {
 public:
     explicit ScopedPropertyList(plist_t node) : m_node(node) {}
-    explicit ScopedPropertyList(const Platform::NSData& data);
+    explicit ScopedPropertyList(const Imaging::Platform::NSData& data);
     ~ScopedPropertyList() { plist_free(m_node); }
     ScopedPropertyList(const ScopedPropertyList&) = delete;
     ScopedPropertyList& operator=(const ScopedPropertyList&) = delete;
@@ -61,7 +61,7 @@ private:
     plist_t m_node;
 };
 
-Platform::NSData serialised(plist_t node, Platform::NSPropertyListFormat format);
+Imaging::Platform::NSData serialised(plist_t node, Imaging::Platform::NSPropertyListFormat format);
 
 /// Entries are added one by one; the first is number 1, the root unless another is chosen.
 class HandMadeArchive {
@@ -79,8 +79,8 @@ public:
     void setRoot(std::uint64_t number) { plist_dict_set_item(m_top, "root", plist_new_uid(number)); }
     plist_t root() const { return m_list.get(); }
 
-    Platform::NSData
-    data(Platform::NSPropertyListFormat format = Platform::NSPropertyListFormat::Binary) const {
+    Imaging::Platform::NSData data(Imaging::Platform::NSPropertyListFormat format =
+                                       Imaging::Platform::NSPropertyListFormat::Binary) const {
         return serialised(m_list.get(), format);
     }
 
@@ -97,7 +97,7 @@ class BinaryList {
 public:
     void add(std::string_view value);
     void addArray(const std::vector<std::uint32_t>& references);
-    Platform::NSData data() const;
+    Imaging::Platform::NSData data() const;
 
     /// A count or number as it follows a marker: 0x13 and eight bytes.
     static std::string number(std::uint64_t value);
@@ -108,10 +108,10 @@ private:
     std::vector<std::uint64_t> m_offsets;
 };
 
-Platform::NSData bytes(std::string_view text);
+Imaging::Platform::NSData bytes(std::string_view text);
 
 /// The reason of the exception with which unarchiving fails. A failure of the test when it does not, when
 /// the exception is of another kind, or when the reason is not one line.
-std::string refusal(const Platform::NSData& data);
+std::string refusal(const Imaging::Platform::NSData& data);
 
 } // namespace TestSupport

@@ -6,7 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace TestSupport;
 using testing::HasSubstr;
 

@@ -12,7 +12,7 @@
 
 // Drawing into Cairo contexts that the caller made, on surfaces of several kinds.
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

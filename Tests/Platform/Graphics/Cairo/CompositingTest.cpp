@@ -8,7 +8,7 @@
 #include <cmath>
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

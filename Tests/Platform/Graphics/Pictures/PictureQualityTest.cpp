@@ -9,7 +9,7 @@
 #include <numeric>
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

@@ -10,7 +10,7 @@
 #include <cairo-pdf.h>
 #include <string>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 namespace {

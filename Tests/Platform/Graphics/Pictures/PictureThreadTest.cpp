@@ -11,7 +11,7 @@
 #include <barrier>
 #include <thread>
 
-using namespace Platform;
+using namespace Imaging::Platform;
 using namespace Pixels;
 
 /// ThreadSanitizer asks for what it is not to report. Cairo hands small objects from thread to thread by
