@@ -126,7 +126,7 @@ void NSGraphicsContext::addClip(const NSBezierPath& path) {
     cairo_clip(m_cairo);
 }
 
-void NSGraphicsContext::fillShape(const NSBezierPath& path, int operation) {
+void NSGraphicsContext::fillShape(const NSBezierPath& path, NSCompositingOperation operation) {
     if (!canDraw() || path.isEmpty() || !isFinite(path)) return;
     const CairoStateScope state(m_cairo);
     cairo_new_path(m_cairo);
@@ -154,7 +154,7 @@ void NSGraphicsContext::fillShape(const NSBezierPath& path, int operation) {
 
 void NSGraphicsContext::fillPath(const NSBezierPath& path) { fillShape(path, NSCompositeSourceOver); }
 
-void NSGraphicsContext::fillRect(NSRect rect, int operation) {
+void NSGraphicsContext::fillRect(NSRect rect, NSCompositingOperation operation) {
     if (!NSIsEmptyRect(rect)) fillShape(NSBezierPath::bezierPathWithRect(rect), operation);
 }
 
@@ -183,7 +183,7 @@ NSGraphicsStateScope::~NSGraphicsStateScope() {
 
 void NSRectFill(NSRect rect) { NSRectFillUsingOperation(rect, NSCompositeCopy); }
 
-void NSRectFillUsingOperation(NSRect rect, int operation) {
+void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation) {
     if (const auto context = NSGraphicsContext::currentContext()) context->fillRect(rect, operation);
 }
 

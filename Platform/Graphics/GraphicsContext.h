@@ -4,6 +4,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Graphics/Color.h"
+#include "Platform/Pixels/CompositingOperation.h"
 
 #include <cstddef>
 #include <memory>
@@ -14,25 +15,6 @@ typedef struct _cairo cairo_t; // NOLINT(bugprone-reserved-identifier): Cairo's 
 namespace Imaging::Platform {
 
 class NSBezierPath;
-
-/// How what is drawn (S) combines with what is there (D), both premultiplied with alpha Sa and Da.
-/// The numbers are the ones that graphs carry.
-enum NSCompositingOperation : int {
-    NSCompositeClear = 0,           ///< 0
-    NSCompositeCopy = 1,            ///< S
-    NSCompositeSourceOver = 2,      ///< S + D·(1 − Sa)
-    NSCompositeSourceIn = 3,        ///< S·Da
-    NSCompositeSourceOut = 4,       ///< S·(1 − Da)
-    NSCompositeSourceAtop = 5,      ///< S·Da + D·(1 − Sa)
-    NSCompositeDestinationOver = 6, ///< D + S·(1 − Da)
-    NSCompositeDestinationIn = 7,   ///< D·Sa
-    NSCompositeDestinationOut = 8,  ///< D·(1 − Sa)
-    NSCompositeDestinationAtop = 9, ///< D·Sa + S·(1 − Da)
-    NSCompositeXOR = 10,            ///< S·(1 − Da) + D·(1 − Sa)
-    NSCompositePlusDarker = 11,     ///< alpha Ra = min(1, Sa + Da); colour max(0, S + D − Sa − Da + Ra)
-    NSCompositeHighlight = 12,      ///< the same as source-over
-    NSCompositePlusLighter = 13,    ///< min(1, S + D)
-};
 
 /// A place to draw: a Cairo context with a y axis that points up, a stack of graphics states, and the
 /// compositing that the library's pictures need.
@@ -86,7 +68,8 @@ public:
 
     /// Fills with the colour and an operation of its own; numbers that name no operation count as
     /// source-over.
-    void fillRect(NSRect rect, int operation);
+    void fillRect(NSRect rect, NSCompositingOperation operation);
+    void fillRect(NSRect rect, int operation) { fillRect(rect, compositingOperation(operation)); }
 
     /// The Cairo context, for drawing that this class has no words for. It is the context's own; its user
     /// space has y pointing up. Callers leave its state as they found it.
@@ -108,7 +91,7 @@ private:
     };
 
     explicit NSGraphicsContext(cairo_t* cairo);
-    void fillShape(const NSBezierPath& path, int operation);
+    void fillShape(const NSBezierPath& path, NSCompositingOperation operation);
 
     cairo_t* m_cairo;
     State m_state;
@@ -134,7 +117,10 @@ private:
 /// Fills with the current context's colour and the copy operation, so that alpha replaces alpha. These
 /// functions do nothing without a current context.
 IMAGING_EXPORT void NSRectFill(NSRect rect);
-IMAGING_EXPORT void NSRectFillUsingOperation(NSRect rect, int operation);
+IMAGING_EXPORT void NSRectFillUsingOperation(NSRect rect, NSCompositingOperation operation);
+inline void NSRectFillUsingOperation(NSRect rect, int operation) {
+    NSRectFillUsingOperation(rect, compositingOperation(operation));
+}
 
 /// Fills with the appearance's window background and the copy operation. The current colour stays.
 IMAGING_EXPORT void NSDrawWindowBackground(NSRect rect);

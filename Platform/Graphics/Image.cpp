@@ -264,7 +264,8 @@ std::optional<NSData> NSImage::TIFFRepresentation(NSError* error) const {
     return bitmap != nullptr ? bitmap->TIFFRepresentation(error) : std::nullopt;
 }
 
-void NSImage::drawInRect(NSRect destination, NSRect source, int operation, float fraction) {
+void NSImage::drawInRect(NSRect destination, NSRect source, NSCompositingOperation operation,
+                         float fraction) {
     const auto context = NSGraphicsContext::currentContext();
     if (context == nullptr || !context->canDraw()) return;
     std::shared_ptr<DrawablePicture> picture = m_focus != nullptr ? m_focus->picture : drawable();

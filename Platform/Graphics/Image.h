@@ -5,6 +5,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/URL.h"
+#include "Platform/Pixels/CompositingOperation.h"
 
 #include <memory>
 #include <optional>
@@ -109,7 +110,11 @@ public:
     /// interpolated bilinearly, or averaged where the picture is made smaller, with antialiased edges.
     /// Onto pixels in memory every result is within 1 of 255 of the exact one. Does nothing without a current
     /// context. Throws an NSException when drawing fails.
-    virtual void drawInRect(NSRect destination, NSRect source, int operation, float fraction);
+    virtual void drawInRect(NSRect destination, NSRect source, NSCompositingOperation operation,
+                            float fraction);
+    void drawInRect(NSRect destination, NSRect source, int operation, float fraction) {
+        drawInRect(destination, source, compositingOperation(operation), fraction);
+    }
 
     /// The encoded bytes that the picture was made from; null when they are not known or the picture was
     /// changed since.

@@ -8,7 +8,7 @@
 #define IMAGING_BLEND_FORMULAS
 #endif
 
-#include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Pixels/CompositingOperation.h"
 
 #include <hwy/highway.h>
 
@@ -20,7 +20,7 @@ namespace Imaging::Platform::HWY_NAMESPACE {
 /// `Math` brings the arithmetic of 16-bit signed numbers: `Number`; `add` and `subtract`, which saturate;
 /// `scaled(v, f)`, v·f / 32768 rounded to nearest; `part(alpha)`, an alpha as a factor f of up to 32767;
 /// `rest(f)`, 32767 − f; `smaller`, `larger`; `zero()` and `full()` (32640).
-template<int operation, class Math, class Number = typename Math::Number>
+template<NSCompositingOperation operation, class Math, class Number = typename Math::Number>
 HWY_INLINE Number blended(const Math& math, Number s, Number sa, Number d, Number da) {
     const auto inSource = [&](Number v) HWY_ATTR { return math.scaled(v, math.part(sa)); };
     const auto outsideSource = [&](Number v) HWY_ATTR { return math.scaled(v, math.rest(math.part(sa))); };
@@ -61,7 +61,7 @@ HWY_INLINE Number blended(const Math& math, Number s, Number sa, Number d, Numbe
 
 /// Calls `body.template run<operation>()` for an operation known only at run time.
 template<class Body>
-void withOperation(int operation, const Body& body) {
+void withOperation(NSCompositingOperation operation, const Body& body) {
     switch (operation) {
     case NSCompositeClear:
         return body.template run<NSCompositeClear>();

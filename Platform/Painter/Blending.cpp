@@ -64,7 +64,7 @@ void store(Vector samples, std::uint32_t* words) {
 }
 
 /// One vector's worth of pixels. `coverage` holds each pixel's byte four times.
-template<int operation, bool covered>
+template<NSCompositingOperation operation, bool covered>
 HWY_INLINE void blendVector(Vector fraction, Vector opaque, const std::uint32_t* source,
                             const std::uint32_t* coverage, std::uint32_t* target) {
     const VectorMath math;
@@ -77,7 +77,7 @@ HWY_INLINE void blendVector(Vector fraction, Vector opaque, const std::uint32_t*
     store(result, target);
 }
 
-template<int operation, bool covered>
+template<NSCompositingOperation operation, bool covered>
 void blendPixels(const Blend& blend, const std::uint32_t* source, const std::uint8_t* coverage,
                  std::uint32_t* target, std::size_t count) {
     const std::size_t step = hn::Lanes(Samples()) / 4;
@@ -111,7 +111,7 @@ struct BlendPixels {
     std::uint32_t* target;
     std::size_t count;
 
-    template<int operation>
+    template<NSCompositingOperation operation>
     void run() const {
         if (coverage != nullptr) {
             blendPixels<operation, true>(blend, source, coverage, target, count);
@@ -179,7 +179,7 @@ struct BlendPlain {
     std::uint32_t* target;
     std::size_t count;
 
-    template<int operation>
+    template<NSCompositingOperation operation>
     void run() const {
         for (std::size_t x = 0; x < count; ++x) {
             target[x] = pixel<operation>(source[x], coverage != nullptr ? coverage[x] : -1, target[x]);
@@ -187,7 +187,7 @@ struct BlendPlain {
     }
 
 private:
-    template<int operation>
+    template<NSCompositingOperation operation>
     std::uint32_t pixel(std::uint32_t sourceWord, int cover, std::uint32_t targetWord) const {
         const PlainMath math;
         Pixel s = unpacked(sourceWord);

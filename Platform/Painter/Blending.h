@@ -2,6 +2,8 @@
 
 // Internal: rows of premultiplied words combined by a compositing operation. Not installed.
 
+#include "Platform/Pixels/CompositingOperation.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -10,7 +12,7 @@ namespace Imaging::Platform {
 /// How a row of source words S is combined with what is there, D: S is scaled by the fraction, the operation
 /// gives R, and D·(1 − c) + R·c is stored, c being the pixel's coverage.
 struct Blend {
-    int operation = 2;           ///< an NSCompositingOperation; numbers that name none count as source-over
+    NSCompositingOperation operation = NSCompositeSourceOver;
     std::int16_t fraction = one; ///< in units of 1/32767, see `blendFraction`
     bool opaqueTarget = false;   ///< the target's top byte is no alpha: it counts as 255 whatever it holds
 

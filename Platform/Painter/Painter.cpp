@@ -1,7 +1,7 @@
 #include "Platform/Painter/Painter.h"
 
-#include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Painter/Blending.h"
+#include "Platform/Pixels/CompositingOperation.h"
 #include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>
@@ -134,8 +134,8 @@ private:
 
 } // namespace
 
-void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler, int operation,
-           double fraction, const ClipCoverage* within) {
+void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler,
+           NSCompositingOperation operation, double fraction, const ClipCoverage* within) {
     const PixelRect area = coverage.area();
     if (area.isEmpty()) return;
     const Blend blend{operation, blendFraction(fraction), target.isOpaque()};

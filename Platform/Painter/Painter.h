@@ -7,6 +7,7 @@
 
 #include "Platform/Painter/PictureSampler.h"
 #include "Platform/Painter/PixelTarget.h"
+#include "Platform/Pixels/CompositingOperation.h"
 
 namespace Imaging::Platform {
 
@@ -17,7 +18,7 @@ namespace Imaging::Platform {
 ///
 /// Large areas are painted by all cores, the result not depending on how many there are. For rounding see
 /// `blendRow`.
-void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler, int operation,
-           double fraction, const ClipCoverage* within = nullptr);
+void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler,
+           NSCompositingOperation operation, double fraction, const ClipCoverage* within = nullptr);
 
 } // namespace Imaging::Platform

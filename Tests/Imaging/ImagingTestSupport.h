@@ -332,7 +332,8 @@ public:
     bool encodesNothing = false;
     std::optional<Imaging::Platform::NSData> encodesAs;
 
-    void drawInRect(NSRect destination, NSRect source, int operation, float fraction) override {
+    void drawInRect(NSRect destination, NSRect source, Imaging::Platform::NSCompositingOperation operation,
+                    float fraction) override {
         drawings.push_back({destination, source, operation, fraction, imageLockIsHeld()});
         if (throwsOnDraw.has_value()) throwSomething(*throwsOnDraw);
         NSImage::drawInRect(destination, source, operation, fraction);

@@ -42,7 +42,8 @@ public:
         addRepresentation(Pixels::bitmapOf(grid));
     }
 
-    void drawInRect(NSRect destination, NSRect source, int operation, float fraction) override {
+    void drawInRect(NSRect destination, NSRect source, Imaging::Platform::NSCompositingOperation operation,
+                    float fraction) override {
         m_room.visit();
         NSImage::drawInRect(destination, source, operation, fraction);
     }

@@ -101,7 +101,8 @@ bool isInClip(cairo_t* context, const Handed& picture) {
 
 } // namespace
 
-void drawByCairo(cairo_t* context, const PlacedPicture& placed, int operation, double fraction) {
+void drawByCairo(cairo_t* context, const PlacedPicture& placed, NSCompositingOperation operation,
+                 double fraction) {
     const Handed picture = handed(context, placed);
     if (!isUsable(picture.matrix)) return;
     const bool shows = isInClip(context, picture);

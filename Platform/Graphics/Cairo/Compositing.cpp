@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
-#include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Pixels/CompositingOperation.h"
 
 #include <algorithm>
 
@@ -10,7 +10,7 @@ namespace Imaging::Platform {
 
 namespace {
 
-cairo_operator_t cairoOperator(int operation) {
+cairo_operator_t cairoOperator(NSCompositingOperation operation) {
     switch (operation) {
     case NSCompositeClear:
         return CAIRO_OPERATOR_CLEAR;
@@ -62,7 +62,7 @@ void paintGroup(cairo_t* context, cairo_pattern_t* group) {
 
 } // namespace
 
-void compositeClipArea(cairo_t* context, int operation, double fraction,
+void compositeClipArea(cairo_t* context, NSCompositingOperation operation, double fraction,
                        const std::function<void(cairo_t*)>& setSource) {
     if (operation == NSCompositePlusDarker) {
         throw NSException(

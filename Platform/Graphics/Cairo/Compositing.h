@@ -3,6 +3,8 @@
 // Internal: the one place where an operation, a fraction and a coverage meet on a Cairo context. Not
 // installed.
 
+#include "Platform/Pixels/CompositingOperation.h"
+
 #include <cairo.h>
 #include <functional>
 
@@ -13,7 +15,7 @@ namespace Imaging::Platform {
 ///
 /// Throws an NSException (NSGraphicsException) when plus-darker is asked for on a target that is not made
 /// of pixels, since such targets (PDF, SVG) have no such operation.
-void compositeClipArea(cairo_t* context, int operation, double fraction,
+void compositeClipArea(cairo_t* context, NSCompositingOperation operation, double fraction,
                        const std::function<void(cairo_t*)>& setSource);
 
 } // namespace Imaging::Platform

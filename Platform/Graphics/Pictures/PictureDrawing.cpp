@@ -61,7 +61,8 @@ void clipToPicture(cairo_t* cairo, const PlacedPicture& placed) {
     cairo_clip(cairo);
 }
 
-void drawClipped(cairo_t* cairo, const PlacedPicture& placed, int operation, double fraction) {
+void drawClipped(cairo_t* cairo, const PlacedPicture& placed, NSCompositingOperation operation,
+                 double fraction) {
     if (PixelTarget::ofContext(cairo).has_value()) {
         drawByPainter(cairo, placed, operation, fraction);
     } else {
@@ -71,7 +72,8 @@ void drawClipped(cairo_t* cairo, const PlacedPicture& placed, int operation, dou
 
 } // namespace
 
-void drawByPainter(cairo_t* context, const PlacedPicture& placed, int operation, double fraction) {
+void drawByPainter(cairo_t* context, const PlacedPicture& placed, NSCompositingOperation operation,
+                   double fraction) {
     const PixelTarget target = PixelTarget::ofContext(context).value();
     const ClipCoverage coverage(context, target);
     if (coverage.area().isEmpty()) return;
@@ -89,7 +91,7 @@ void drawByPainter(cairo_t* context, const PlacedPicture& placed, int operation,
 }
 
 void drawPicture(NSGraphicsContext& context, DrawablePicture& picture, NSRect destination, NSRect source,
-                 int operation, double fraction) {
+                 NSCompositingOperation operation, double fraction) {
     if (!context.canDraw() || !isDrawable(destination) || !isDrawable(source)) return;
     cairo_t* const cairo = context.cairo();
     if (drawsOnto(cairo, picture)) {

@@ -3,6 +3,7 @@
 // Internal: the drawing of pictures. Not installed.
 
 #include "Platform/Painter/DrawablePicture.h"
+#include "Platform/Pixels/CompositingOperation.h"
 
 #include <cairo.h>
 
@@ -15,7 +16,7 @@ class NSGraphicsContext;
 /// finite rectangles draw nothing. Where memory runs out, what can be made again is let go of and the drawing
 /// tried once more. Throws an NSException when drawing fails.
 void drawPicture(NSGraphicsContext& context, DrawablePicture& picture, NSRect destination, NSRect source,
-                 int operation, double fraction);
+                 NSCompositingOperation operation, double fraction);
 
 /// What one draw of a picture comes to on a Cairo context, whose clip is the destination by now.
 struct PlacedPicture {
@@ -29,7 +30,9 @@ struct PlacedPicture {
 /// plus-darker, for which it throws an NSException (NSGraphicsException); where a pixel is covered in part it
 /// clears that pixel under source-in, source-out, destination-in and destination-atop, and under plus-lighter
 /// adds the picture in proportion before the limit instead of after it.
-void drawByPainter(cairo_t* context, const PlacedPicture& placed, int operation, double fraction);
-void drawByCairo(cairo_t* context, const PlacedPicture& placed, int operation, double fraction);
+void drawByPainter(cairo_t* context, const PlacedPicture& placed, NSCompositingOperation operation,
+                   double fraction);
+void drawByCairo(cairo_t* context, const PlacedPicture& placed, NSCompositingOperation operation,
+                 double fraction);
 
 } // namespace Imaging::Platform

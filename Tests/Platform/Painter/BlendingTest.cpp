@@ -67,8 +67,8 @@ double largestError(Random& random, int operation, double fraction, bool covered
     for (const Rgba p : source) from.push_back(wordOf(p));
     for (const Rgba p : target) words.push_back(wordOf(p));
     const std::vector<std::uint8_t> coverage = anyCoverage(random, source.size());
-    blendRow({operation, blendFraction(fraction), opaque}, from.data(), covered ? coverage.data() : nullptr,
-             words.data(), words.size());
+    blendRow({compositingOperation(operation), blendFraction(fraction), opaque}, from.data(),
+             covered ? coverage.data() : nullptr, words.data(), words.size());
     double largest = 0;
     for (std::size_t x = 0; x < words.size(); ++x) {
         Rgba before = target[x];
@@ -112,7 +112,8 @@ TEST(Blending, EveryKindOfVectorGivesThePlainCodesBitsAndTouchesNothingElse) {
                 const bool opaque = random.integer(0, 1) == 1;
                 const int number = operation == operationCount ? 99 : operation;
                 for (const bool covered : {false, true}) {
-                    ASSERT_TRUE(rowsAreEqual(random, {number, anyFraction(random), opaque}, covered, count))
+                    ASSERT_TRUE(rowsAreEqual(
+                        random, {compositingOperation(number), anyFraction(random), opaque}, covered, count))
                         << name;
                 }
             }
@@ -169,7 +170,8 @@ TEST(Blending, IsExactWhereAllFactorsAreNothingOrOne) {
                         const std::uint32_t from = wordOf(s);
                         const auto covers = static_cast<std::uint8_t>(cover);
                         std::uint32_t word = wordOf(d);
-                        blendRow({operation, blendFraction(fraction), false}, &from, &covers, &word, 1);
+                        blendRow({compositingOperation(operation), blendFraction(fraction), false}, &from,
+                                 &covers, &word, 1);
                         ASSERT_EQ(pixelOf(word),
                                   rounded(composed(operation, s, d, fraction, cover == 0 ? 0 : 1)))
                             << operation << ' ' << s << " on " << d;
@@ -188,7 +190,7 @@ TEST(Blending, AnySampleSurvivesFactorsOfNothingAndOne) {
         const auto result = [](int operation, Rgba source, Rgba target, std::uint8_t cover) {
             const std::uint32_t from = wordOf(source);
             std::uint32_t word = wordOf(target);
-            blendRow({operation, Blend::one, false}, &from, &cover, &word, 1);
+            blendRow({compositingOperation(operation), Blend::one, false}, &from, &cover, &word, 1);
             return pixelOf(word);
         };
         for (const int operation : {1, 2, 3, 5, 12})
@@ -214,7 +216,7 @@ TEST(Blending, TheTopByteOfATargetWithoutAlphaCountsAsOpaqueWhateverItHolds) {
             const auto color = static_cast<std::uint32_t>(random.engine()()) & 0xffffff;
             std::uint32_t words[] = {color, color | 0x5a000000, color | 0xff000000};
             for (std::uint32_t& word : words) {
-                blendRow({operation, 20000, true}, &source, nullptr, &word, 1);
+                blendRow({compositingOperation(operation), 20000, true}, &source, nullptr, &word, 1);
             }
             ASSERT_EQ(words[0] & 0xffffff, words[2] & 0xffffff) << operation;
             ASSERT_EQ(words[1] & 0xffffff, words[2] & 0xffffff) << operation;
@@ -224,7 +226,8 @@ TEST(Blending, TheTopByteOfATargetWithoutAlphaCountsAsOpaqueWhateverItHolds) {
 
 TEST(Blending, ColourAboveAlphaSaturates) {
     const std::uint32_t glowing = wordOf({255, 200, 0, 0});
-    for (const int operation : {NSCompositeSourceOver, NSCompositePlusLighter, NSCompositeXOR}) {
+    for (const NSCompositingOperation operation :
+         {NSCompositeSourceOver, NSCompositePlusLighter, NSCompositeXOR}) {
         std::uint32_t word = wordOf({100, 100, 100, 0});
         blendRow({operation, Blend::one, false}, &glowing, nullptr, &word, 1);
         EXPECT_EQ(pixelOf(word), (Rgba{255, 255, 100, 0})) << operation;
@@ -237,8 +240,10 @@ TEST(Blending, ARowMayBeBlendedWithItself) {
         const std::vector<std::uint32_t> source = anyWords(random, 101);
         std::vector<std::uint32_t> same = source;
         std::vector<std::uint32_t> other = source;
-        blendRow({operation, 12345, false}, same.data(), nullptr, same.data(), same.size());
-        blendRow({operation, 12345, false}, source.data(), nullptr, other.data(), other.size());
+        blendRow({compositingOperation(operation), 12345, false}, same.data(), nullptr, same.data(),
+                 same.size());
+        blendRow({compositingOperation(operation), 12345, false}, source.data(), nullptr, other.data(),
+                 other.size());
         EXPECT_EQ(same, other) << operation;
     }
 }

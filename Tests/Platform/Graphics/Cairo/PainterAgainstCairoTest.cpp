@@ -70,7 +70,7 @@ void clip(cairo_t* cairo, Clip kind, NSRect destination) {
     cairo_clip(cairo);
 }
 
-using Draw = void (*)(cairo_t*, const PlacedPicture&, int, double);
+using Draw = void (*)(cairo_t*, const PlacedPicture&, NSCompositingOperation, double);
 
 Grid drawnBy(Draw draw, cairo_format_t format, const Grid& content, const PlacedPicture& placed, Clip kind,
              NSRect destination, int operation, double fraction) {
@@ -78,7 +78,7 @@ Grid drawnBy(Draw draw, cairo_format_t format, const Grid& content, const Placed
     fillSurface(surface.get(), content);
     const CairoContext cairo(cairo_create(surface.get()));
     clip(cairo.get(), kind, destination);
-    draw(cairo.get(), placed, operation, fraction);
+    draw(cairo.get(), placed, compositingOperation(operation), fraction);
     EXPECT_EQ(cairo_status(cairo.get()), CAIRO_STATUS_SUCCESS);
     Grid shown = gridOf(surface.get());
     if (format == CAIRO_FORMAT_ARGB32) return shown;

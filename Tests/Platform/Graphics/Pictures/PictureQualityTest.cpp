@@ -83,7 +83,8 @@ double meanDifference(const Grid& shown, Exact& exact) {
 }
 
 /// The whole picture drawn to fill a canvas.
-Grid drawnAt(DrawablePicture& picture, int width, int height, int operation = NSCompositeCopy) {
+Grid drawnAt(DrawablePicture& picture, int width, int height,
+             NSCompositingOperation operation = NSCompositeCopy) {
     Canvas canvas(width, height);
     drawPicture(canvas.context(), picture, wholeOf(width, height), picture.bounds(), operation, 1);
     return canvas.pixels();
@@ -158,7 +159,7 @@ Grid sharpMark(int width, int height, double unit) {
 
 /// Draws with the picture's middle at a point of a canvas (y upward), scaled and turned.
 Grid drawnAround(DrawablePicture& picture, int side, Point middle, double scale, double degrees,
-                 Rgba background = black, int operation = NSCompositeSourceOver) {
+                 Rgba background = black, NSCompositingOperation operation = NSCompositeSourceOver) {
     Canvas canvas(side, side, background);
     NSAffineTransform place;
     place.translateXBy(static_cast<float>(middle.x), static_cast<float>(middle.y));

@@ -30,7 +30,7 @@ constexpr std::array<Way, 5> allWays = {Way::Whole, Way::Part, Way::Scaled, Way:
 /// One drawing of a 20 × 16 picture on a page of 24 × 24 units.
 struct Drawing {
     Way way;
-    int operation = NSCompositeSourceOver;
+    NSCompositingOperation operation = NSCompositeSourceOver;
     float fraction = 1;
     bool clipped = false;
 
@@ -74,8 +74,8 @@ std::vector<Drawing> someDrawings() {
     std::vector<Drawing> all;
     for (const Way way : allWays) {
         for (int operation = 0; operation < 14; ++operation) {
-            all.push_back({way, operation, 1, false});
-            all.push_back({way, operation, 0.4F, true});
+            all.push_back({way, compositingOperation(operation), 1, false});
+            all.push_back({way, compositingOperation(operation), 0.4F, true});
         }
     }
     return all;
