@@ -123,7 +123,9 @@ TEST(PictureLock, MakesADrawWaitForAnEncoderOnAnotherThread) {
             addRepresentation(Pixels::bitmapOf(Grid(2, 2, Pixels::red)));
         }
         bool cameLater = false;
-        void drawInRect(NSRect, NSRect, int, float) override { cameLater = m_done; }
+        void drawInRect(NSRect, NSRect, Imaging::Platform::NSCompositingOperation, float) override {
+            cameLater = m_done;
+        }
 
     private:
         std::atomic<bool>& m_done;
