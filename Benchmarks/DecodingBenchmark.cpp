@@ -2,6 +2,7 @@
 
 #include "Benchmarks/Ratios.h"
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 
 #include <cmath>

@@ -2,6 +2,7 @@
 
 #include "Platform/Foundation/Data.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Pixels/PictureLimits.h"
 #include "Platform/Pixels/PixelBuffer.h"
 
 #include <cstdint>
@@ -60,16 +61,6 @@ struct EncodeOptions {
     bool diffusesErrors = false; ///< where colours are reduced to a palette, spread what is left over
 };
 
-/// How much a picture may ask for. Headers are checked against these before memory is allocated.
-struct PictureLimits {
-    std::uint64_t maximumPixels = 268'435'456;
-    std::uint64_t maximumBytes = 2ULL << 30; ///< of the decoded picture
-};
-
-/// The limits for the whole process. Safe on every thread.
-IMAGING_EXPORT PictureLimits pictureLimits();
-IMAGING_EXPORT void setPictureLimits(const PictureLimits& limits);
-
 /// Thrown by codecs; the reason is worded as an NSError's message.
 class IMAGING_EXPORT CodecException : public NSException {
 public:
@@ -113,23 +104,8 @@ public:
     virtual NSData encode(const PictureView& picture, const EncodeOptions& options) const = 0;
 };
 
-/// The codec that recognises the bytes, the one for a format name, or null. Safe on every thread.
-IMAGING_EXPORT std::shared_ptr<const Codec> codecForData(ByteView bytes);
-IMAGING_EXPORT std::shared_ptr<const Codec> codecForFormat(std::string_view formatName);
-
-/// Adds a format, or replaces the codec of the same format name. The last one added is asked first.
-IMAGING_EXPORT void registerCodec(std::shared_ptr<const Codec> codec);
-
-/// Decodes bytes of whatever known format within the process's limits. Throws a CodecException, with
-/// NSErrorCode::UnsupportedFormat when no codec recognises them.
-IMAGING_EXPORT DecodedPicture decodePicture(ByteView bytes);
-IMAGING_EXPORT PictureHeader readPictureHeader(ByteView bytes);
-
 /// Throws a CodecException (TooLarge) when a picture of this description is beyond the limits, and
 /// (CorruptData) when its width or height is 0. Otherwise returns the bytes of one row without padding.
 IMAGING_EXPORT std::size_t checkPictureLimits(const PictureHeader& header, const PictureLimits& limits);
-
-/// The description text of an ICC profile ("sRGB IEC61966-2.1"), or "" when the bytes are no profile.
-IMAGING_EXPORT std::string colorProfileName(ByteView profile);
 
 } // namespace Imaging::Platform

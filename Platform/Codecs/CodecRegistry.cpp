@@ -1,7 +1,14 @@
-#include "Platform/Codecs/Support/CodecSupport.h"
+// The formats that there are: a list under a lock, of which every question takes a copy, since codecs are
+// foreign code.
+
+#include "Platform/Codecs/CodecRegistry.h"
+
+#include "Platform/Codecs/Formats/BuiltInCodecs.h"
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
+#include <vector>
 
 namespace Imaging::Platform {
 
@@ -15,22 +22,7 @@ struct RegisteredCodec {
 struct Registry {
     std::mutex lock;
     std::vector<RegisteredCodec> codecs; // in the order in which they are asked
-    PictureLimits limits;
 };
-
-/// In the order in which they are asked, which matters to nobody: no bytes begin like two formats.
-std::vector<std::shared_ptr<const Codec>> builtInCodecs() {
-    return {
-        makeJpegCodec(),     makePngCodec(), makeTiffCodec(), makeGifCodec(), makeBmpCodec(), makeWebpCodec(),
-#ifdef IMAGING_WITH_HEIF
-        makeHeifCodec(),
-#endif
-#ifdef IMAGING_WITH_JXL
-        makeJxlCodec(),
-#endif
-        makeJpeg2000Codec(),
-    };
-}
 
 /// Made at the first use and never destroyed, so that static objects of any file may decode pictures while
 /// they are constructed and destroyed.
@@ -68,25 +60,6 @@ std::shared_ptr<const Codec> requiredCodecForData(ByteView bytes) {
 
 } // namespace
 
-CodecException::CodecException(NSErrorCode code, std::string_view reason)
-    : NSException(NSGenericException, reason), m_code(code) {}
-
-Codec::~Codec() = default;
-
-void Codec::check(ByteView bytes, const PictureLimits& limits) const { decode(bytes, limits); }
-
-PictureLimits pictureLimits() {
-    Registry& all = registry();
-    const std::lock_guard guard(all.lock);
-    return all.limits;
-}
-
-void setPictureLimits(const PictureLimits& limits) {
-    Registry& all = registry();
-    const std::lock_guard guard(all.lock);
-    all.limits = limits;
-}
-
 std::shared_ptr<const Codec> codecForData(ByteView bytes) {
     for (const RegisteredCodec& entry : registeredCodecs()) {
         if (entry.codec->recognises(bytes)) return entry.codec;
@@ -121,26 +94,5 @@ DecodedPicture decodePicture(ByteView bytes) {
 }
 
 PictureHeader readPictureHeader(ByteView bytes) { return requiredCodecForData(bytes)->readHeader(bytes); }
-
-std::size_t checkPictureLimits(const PictureHeader& header, const PictureLimits& limits) {
-    const std::string size = std::to_string(header.width) + " x " + std::to_string(header.height);
-    if (header.width == 0 || header.height == 0) {
-        throw CodecException(NSErrorCode::CorruptData,
-                             "the picture is " + size + " pixels, which is nothing");
-    }
-    const std::uint64_t pixels = std::uint64_t{header.width} * header.height; // 32 by 32 bits always fit
-    if (pixels > limits.maximumPixels) {
-        throw CodecException(NSErrorCode::TooLarge, "the picture is " + size +
-                                                        " pixels, more than the limit of " +
-                                                        std::to_string(limits.maximumPixels) + " pixels");
-    }
-    const std::optional<std::uint64_t> bytes = checkedProduct({pixels, header.bytesPerPixel()});
-    if (!bytes || *bytes > limits.maximumBytes) {
-        throw CodecException(NSErrorCode::TooLarge, "the picture of " + size +
-                                                        " pixels takes more memory than the limit of " +
-                                                        std::to_string(limits.maximumBytes) + " bytes");
-    }
-    return header.width * header.bytesPerPixel();
-}
 
 } // namespace Imaging::Platform

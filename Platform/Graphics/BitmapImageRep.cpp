@@ -1,6 +1,7 @@
 #include "Platform/Graphics/BitmapImageRep.h"
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Pictures/BitmapPixels.h"

@@ -1,6 +1,5 @@
 #include "Platform/Graphics/Image.h"
 
-#include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/URLLoading.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
@@ -8,6 +7,7 @@
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Platform/Graphics/Pictures/BitmapRows.h"
 #include "Platform/Graphics/Pictures/PictureDrawing.h"
+#include "Platform/Pixels/PictureLimits.h"
 
 #include <algorithm>
 #include <cmath>

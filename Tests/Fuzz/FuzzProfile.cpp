@@ -1,4 +1,5 @@
-#include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/ColorProfileName.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Tests/Fuzz/Fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

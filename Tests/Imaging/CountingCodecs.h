@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 
 #include <atomic>
 #include <memory>

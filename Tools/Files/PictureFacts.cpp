@@ -1,5 +1,7 @@
 #include "Tools/Files/PictureFacts.h"
 
+#include "Platform/Codecs/CodecRegistry.h"
+#include "Platform/Codecs/ColorProfileName.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"

@@ -1,6 +1,7 @@
 #include "Tools/Files/PictureFiles.h"
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"

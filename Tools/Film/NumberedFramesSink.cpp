@@ -1,6 +1,7 @@
 #include "Tools/Film/NumberedFramesSink.h"
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 #include "Platform/Foundation/Data.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Process.h"

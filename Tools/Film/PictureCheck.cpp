@@ -1,6 +1,7 @@
 #include "Tools/Film/PictureCheck.h"
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"

@@ -6,7 +6,7 @@
 #include "Imaging/CropAndScale.h"
 #include "Imaging/PixelOperation.h"
 #include "Imaging/TransformOperations.h"
-#include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/ColorProfileName.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"

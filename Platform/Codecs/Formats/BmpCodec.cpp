@@ -1,5 +1,8 @@
+#include "Platform/Codecs/Formats/BmpCodec.h"
+
 #include "Platform/Codecs/Formats/BmpReader.h"
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/Support/StraightRows.h"
 
 #include <algorithm>

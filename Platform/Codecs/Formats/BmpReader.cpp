@@ -1,6 +1,7 @@
 #include "Platform/Codecs/Formats/BmpReader.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/Support/SampleConversion.h"
 
 #include <algorithm>

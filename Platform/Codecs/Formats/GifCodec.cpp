@@ -1,4 +1,8 @@
+#include "Platform/Codecs/Formats/GifCodec.h"
+
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
+#include "Platform/Codecs/Support/ColorReduction.h"
 #include "Platform/Codecs/Support/StraightRows.h"
 
 #include <algorithm>

@@ -1,6 +1,9 @@
+#include "Platform/Codecs/Formats/Jpeg2000Codec.h"
+
 #include "Platform/Codecs/Formats/IsoBoxes.h"
 #include "Platform/Codecs/Formats/Jpeg2000Reader.h"
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/Support/StraightRows.h"
 
 #include <algorithm>

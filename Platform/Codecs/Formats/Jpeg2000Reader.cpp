@@ -2,6 +2,7 @@
 
 #include "Platform/Codecs/Formats/IsoBoxes.h"
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/Support/SampleConversion.h"
 
 #include <algorithm>

@@ -1,5 +1,8 @@
+#include "Platform/Codecs/Formats/JxlCodec.h"
+
 #include "Platform/Codecs/Formats/IsoBoxes.h"
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/Support/ExifOrientation.h"
 #include "Platform/Codecs/Support/SampleConversion.h"
 

@@ -1,4 +1,7 @@
+#include "Platform/Codecs/Formats/PngCodec.h"
+
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/Support/ExifOrientation.h"
 #include "Platform/Codecs/Support/SampleConversion.h"
 

@@ -1,6 +1,9 @@
+#include "Platform/Codecs/Formats/TiffCodec.h"
+
 #include "Platform/Codecs/Formats/TiffHandle.h"
 #include "Platform/Codecs/Formats/TiffReader.h"
 #include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
 
 #include <algorithm>
 #include <array>

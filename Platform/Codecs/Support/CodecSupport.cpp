@@ -8,15 +8,6 @@ namespace Imaging::Platform {
 
 namespace {
 
-// Offsets of two fields in the header of an ICC profile (ICC.1:2010, 7.2).
-constexpr std::size_t profileHeaderSize = 128;
-constexpr std::size_t profileColorSpace = 16;
-constexpr std::size_t profileSignature = 36;
-
-bool hasFourLetters(ByteView bytes, std::size_t offset, std::string_view letters) {
-    return std::equal(letters.begin(), letters.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
-}
-
 [[noreturn]] void failForMemory(std::uint64_t bytes) {
     throw CodecException(NSErrorCode::TooLarge,
                          "there is not enough memory for a picture of " + std::to_string(bytes) + " bytes");
@@ -73,24 +64,6 @@ DecodedPicture allocateUnwrittenPicture(PictureHeader header, const PictureLimit
     picture.pixels =
         allocated(std::uint64_t{picture.bytesPerRow} * picture.header.height, PixelBuffer::uninitialised);
     return picture;
-}
-
-NSData matchingProfile(ByteView profile, SampleColor color) {
-    if (profile.size() < profileHeaderSize || !hasFourLetters(profile, profileSignature, "acsp")) return {};
-    const std::string_view space = color == SampleColor::RGB ? "RGB " : "GRAY";
-    if (!hasFourLetters(profile, profileColorSpace, space) || !convertsColors(profile, color)) return {};
-    return {profile.begin(), profile.end()};
-}
-
-NSData profileToWrite(const PictureHeader& header) {
-    NSData own = matchingProfile(header.colorProfile, header.color);
-    return own.empty() ? standardProfile(header.color) : own;
-}
-
-NSData rgbProfileToWrite(const PictureHeader& header) {
-    if (header.color == SampleColor::RGB) return profileToWrite(header);
-    const bool hasOwn = !matchingProfile(header.colorProfile, header.color).empty();
-    return hasOwn ? NSData() : standardProfile(SampleColor::RGB);
 }
 
 std::uint64_t littleEndian(ByteView bytes, std::size_t offset, std::size_t count) {

@@ -8,19 +8,6 @@
 /// What the codecs of this folder share. Not for use outside it.
 namespace Imaging::Platform {
 
-/// The codecs that are there from the start, one maker per file.
-std::shared_ptr<const Codec> makeBmpCodec();
-std::shared_ptr<const Codec> makeGifCodec();
-std::shared_ptr<const Codec> makeJpegCodec();
-std::shared_ptr<const Codec> makeJpeg2000Codec();
-std::shared_ptr<const Codec> makePngCodec();
-std::shared_ptr<const Codec> makeTiffCodec();
-std::shared_ptr<const Codec> makeWebpCodec();
-
-/// Those whose libraries may be missing when Imaging is built; only declared then.
-std::shared_ptr<const Codec> makeHeifCodec();
-std::shared_ptr<const Codec> makeJxlCodec();
-
 /// Buffers that a library needs beside the decoded picture count towards PictureLimits::maximumBytes from
 /// this size on; smaller ones are not worth refusing a picture for.
 inline constexpr std::uint64_t uncountedWorkingBytes = 16ULL << 20;
@@ -44,25 +31,6 @@ DecodedPicture allocateUnwrittenPicture(PictureHeader header, const PictureLimit
 /// Memory for a decoder's intermediate rows, all 0. Throws a CodecException (TooLarge) when it
 /// cannot be had.
 PixelBuffer allocateWorkingBytes(std::uint64_t size);
-
-/// The bytes when they are an ICC profile for such samples that colours can be converted by: RGB profiles fit
-/// RGB, gray ones gray. Otherwise nothing, because a profile for other samples (a CMYK one, say, after
-/// conversion to RGB) describes colours that the picture does not have.
-NSData matchingProfile(ByteView profile, SampleColor color);
-
-/// Whether lcms2 makes a conversion to sRGB of the profile, without taking much more memory than it has
-/// bytes.
-bool convertsColors(ByteView profile, SampleColor color);
-
-/// sRGB, or gray with the curve of sRGB; always the same bytes. Safe on every thread.
-const NSData& standardProfile(SampleColor color);
-
-/// What an encoder writes: the picture's own profile where it fits its samples, or else the standard one.
-NSData profileToWrite(const PictureHeader& header);
-
-/// The same for formats that have only RGB: a gray picture's own profile has no place there, and nothing is
-/// said of its colours then.
-NSData rgbProfileToWrite(const PictureHeader& header);
 
 /// The unsigned number of `count` bytes (at most 8) at an offset. The bytes must be there.
 std::uint64_t littleEndian(ByteView bytes, std::size_t offset, std::size_t count);

@@ -1,4 +1,7 @@
-#include "Platform/Codecs/Support/CodecSupport.h"
+// Profiles by way of lcms2, which is told apart from its memory: a profile of a hundred bytes may claim half
+// a gigabyte.
+
+#include "Platform/Codecs/Support/ColorProfile.h"
 
 #include <lcms2.h>
 #include <lcms2_plugin.h>
@@ -11,38 +14,13 @@ namespace Imaging::Platform {
 
 namespace {
 
-void appendUtf8(std::string& text, std::uint32_t character) {
-    const auto append = [&](std::uint32_t byte) { text.push_back(static_cast<char>(byte)); };
-    if (character < 0x80) {
-        append(character);
-    } else if (character < 0x800) {
-        append(0xc0 | (character >> 6));
-        append(0x80 | (character & 0x3f));
-    } else if (character < 0x10000) {
-        append(0xe0 | (character >> 12));
-        append(0x80 | ((character >> 6) & 0x3f));
-        append(0x80 | (character & 0x3f));
-    } else {
-        append(0xf0 | (character >> 18));
-        append(0x80 | ((character >> 12) & 0x3f));
-        append(0x80 | ((character >> 6) & 0x3f));
-        append(0x80 | (character & 0x3f));
-    }
-}
+// Offsets of two fields in the header of an ICC profile (ICC.1:2010, 7.2).
+constexpr std::size_t profileHeaderSize = 128;
+constexpr std::size_t profileColorSpace = 16;
+constexpr std::size_t profileSignature = 36;
 
-/// Profiles store UTF-16. lcms2 joins its pairs to characters but leaves the length as it was, so that behind
-/// the text there is something arbitrary for each pair; hence the count of units.
-std::string utf8FromText(const std::vector<wchar_t>& text, std::size_t units) {
-    constexpr std::uint32_t replacement = 0xfffd;
-    std::string utf8;
-    std::size_t used = 0;
-    for (std::size_t i = 0; used < units && text[i] != 0; ++i) {
-        const std::uint32_t character = static_cast<char32_t>(text[i]);
-        const bool isCharacter = character <= 0x10ffff && (character < 0xd800 || character >= 0xe000);
-        appendUtf8(utf8, isCharacter ? character : replacement);
-        used += character < 0x10000 ? 1 : 2;
-    }
-    return utf8;
+bool hasFourLetters(ByteView bytes, std::size_t offset, std::string_view letters) {
+    return std::equal(letters.begin(), letters.end(), bytes.begin() + static_cast<std::ptrdiff_t>(offset));
 }
 
 struct CloseProfile {
@@ -137,6 +115,13 @@ bool convertsColors(ByteView bytes, SampleColor color) {
     return conversion != nullptr;
 }
 
+NSData matchingProfile(ByteView profile, SampleColor color) {
+    if (profile.size() < profileHeaderSize || !hasFourLetters(profile, profileSignature, "acsp")) return {};
+    const std::string_view space = color == SampleColor::RGB ? "RGB " : "GRAY";
+    if (!hasFourLetters(profile, profileColorSpace, space) || !convertsColors(profile, color)) return {};
+    return {profile.begin(), profile.end()};
+}
+
 const NSData& standardProfile(SampleColor color) {
     // Never destroyed, so that static objects may encode pictures while they are destroyed.
     static const NSData& rgb = *new NSData(makeStandardProfile(SampleColor::RGB));
@@ -144,20 +129,15 @@ const NSData& standardProfile(SampleColor color) {
     return color == SampleColor::RGB ? rgb : gray;
 }
 
-std::string colorProfileName(ByteView profile) {
-    if (profile.size() > std::numeric_limits<cmsUInt32Number>::max()) return {};
-    const auto size = static_cast<cmsUInt32Number>(profile.size());
-    const std::unique_ptr<void, cmsBool (*)(cmsHPROFILE)> opened(cmsOpenProfileFromMem(profile.data(), size),
-                                                                 cmsCloseProfile);
-    if (opened == nullptr) return {};
-    const auto describe = [&](wchar_t* text, cmsUInt32Number bytes) {
-        return cmsGetProfileInfo(opened.get(), cmsInfoDescription, "en", "US", text, bytes);
-    };
-    const cmsUInt32Number needed = describe(nullptr, 0);
-    if (needed < sizeof(wchar_t)) return {};
-    std::vector<wchar_t> text(needed / sizeof(wchar_t)); // with a zero at the end
-    describe(text.data(), needed);
-    return utf8FromText(text, text.size() - 1);
+NSData profileToWrite(const PictureHeader& header) {
+    NSData own = matchingProfile(header.colorProfile, header.color);
+    return own.empty() ? standardProfile(header.color) : own;
+}
+
+NSData rgbProfileToWrite(const PictureHeader& header) {
+    if (header.color == SampleColor::RGB) return profileToWrite(header);
+    const bool hasOwn = !matchingProfile(header.colorProfile, header.color).empty();
+    return hasOwn ? NSData() : standardProfile(SampleColor::RGB);
 }
 
 } // namespace Imaging::Platform

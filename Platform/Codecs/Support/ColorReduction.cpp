@@ -1,3 +1,5 @@
+#include "Platform/Codecs/Support/ColorReduction.h"
+
 #include "Platform/Codecs/Support/CodecSupport.h"
 #include "Platform/Codecs/Support/StraightRows.h"
 

@@ -1,7 +1,7 @@
 #include "Platform/Pixels/Rows/PixelImage.h"
 
-#include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Pixels/PictureLimits.h"
 #include "Platform/Pixels/Rows/ParallelRows.h"
 #include "Platform/Pixels/Rows/SampleMixing.h"
 

@@ -2,7 +2,7 @@
 
 // Bitmaps of every layout that there is, with samples at random.
 
-#include "Platform/Codecs/Codec.h"
+#include "Platform/Pixels/PictureLimits.h"
 #include "Tests/Support/Pixels.h"
 
 #include <array>

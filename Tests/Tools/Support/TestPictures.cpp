@@ -1,6 +1,7 @@
 #include "Tests/Tools/Support/TestPictures.h"
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/CodecRegistry.h"
 
 #include <png.h>
 

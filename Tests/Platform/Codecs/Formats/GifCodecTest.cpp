@@ -1,3 +1,4 @@
+#include "Platform/Codecs/ColorProfileName.h"
 #include "Tests/Platform/Codecs/LaterFixtures.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,5 @@
-#include "Platform/Codecs/Support/CodecSupport.h"
+#include "Platform/Codecs/Support/ColorProfile.h"
+#include "Platform/Codecs/ColorProfileName.h"
 #include "Tests/Platform/Codecs/CodecFixtures.h"
 
 #include <gtest/gtest.h>
