@@ -1,5 +1,6 @@
 #include "Imaging/Convolution.h"
 
+#include "Imaging/Drawing/AssertionLines.h"
 #include "Imaging/Pixels/ConvolutionPasses.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/Exception.h"
@@ -43,7 +44,7 @@ void convolve(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapI
     const NSSize size = kernel != nullptr ? kernel->size() : Platform::NSZeroSize;
     if (!(size.width > 1 && size.height >= 1)) {
         Platform::parameterAssertionFailed("kernel_size.width > 1 && kernel_size.height >= 1",
-                                           "Imaging/Convolution", 344);
+                                           "Imaging/Convolution", AssertionLines::convolutionKernelSize);
     }
     if (kernel != nullptr && !kernel->holdsAllTaps()) {
         throw NSException(Platform::NSInvalidArgumentException,

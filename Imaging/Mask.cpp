@@ -1,5 +1,6 @@
 #include "Imaging/Mask.h"
 
+#include "Imaging/Drawing/AssertionLines.h"
 #include "Imaging/Pixels/MaskWorkers.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/AssertionHandler.h"
@@ -19,11 +20,11 @@ void check(bool condition, const char* words, int line) {
 /// A mask of another size is never stretched. None at all fails every condition.
 void checkMask(const NSBitmapImageRep* mask, const NSBitmapImageRep& source) {
     check(mask != nullptr && imgBitmapFormat(*mask) == IMGBitmapFormatGrayscale,
-          "[mask_rep imgBitmapFormat] == IMGBitmapFormatGrayscale", 183);
+          "[mask_rep imgBitmapFormat] == IMGBitmapFormatGrayscale", AssertionLines::maskLayout);
     check(mask != nullptr && mask->pixelsWide() == source.pixelsWide(), "[mask_rep pixelsWide] == width",
-          184);
+          AssertionLines::maskWidth);
     check(mask != nullptr && mask->pixelsHigh() == source.pixelsHigh(), "[mask_rep pixelsHigh] == height",
-          185);
+          AssertionLines::maskHeight);
 }
 
 } // namespace
