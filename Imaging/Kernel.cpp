@@ -29,12 +29,16 @@ std::uint64_t truncatedCount(double count) {
     return count < 1e18 ? static_cast<std::uint64_t>(count) : static_cast<std::uint64_t>(1e18);
 }
 
-/// How many bytes a caller's array of taps has. 32-bit products of more than 2^24 taps may round up, which
-/// must not lead past the array's end; in double precision the product of two floats is exact.
+/// How many bytes a caller's array of taps has: the product in 32-bit floats, by which callers count too.
+/// From 2^24 on floats skip whole numbers, so that the product may be more taps than the sides have; there it
+/// must not lead past the array's end. In double precision the product of two floats is exact.
 std::uint64_t tapBytes(NSSize size) {
-    const float rounded = size.height * size.width * 4;
+    constexpr float firstSkipping = 16777216; // 2^24
+    const float taps = size.height * size.width;
+    const std::uint64_t bytes = truncatedCount(static_cast<double>(taps * 4));
+    if (taps < firstSkipping) return bytes;
     const double exact = static_cast<double>(size.height) * static_cast<double>(size.width) * 4;
-    return std::min(truncatedCount(static_cast<double>(rounded)), truncatedCount(exact));
+    return std::min(bytes, truncatedCount(exact));
 }
 
 NSData copiedTaps(NSSize size, const std::int32_t* taps) {

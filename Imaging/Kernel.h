@@ -28,9 +28,10 @@ public:
     static constexpr std::uint64_t maximumGeneratedSide = 65535;
 
     /// A kernel of width × height taps, copied from `data`: trunc(height × width × 4) bytes, the product
-    /// formed in 32-bit floats, but never more than the exact product. The size is kept as given; sizes whose
-    /// product is not positive have no taps. Throws an NSException (NSInvalidArgumentException) when there
-    /// are bytes to copy and `data` is null, and std::bad_alloc or std::length_error when they are too many.
+    /// formed in 32-bit floats; of 2^24 taps and more, where floats skip whole numbers, never more than the
+    /// exact product. The size is kept as given; sizes whose product is not positive have no taps. Throws an
+    /// NSException (NSInvalidArgumentException) when there are bytes to copy and `data` is null, and
+    /// std::bad_alloc or std::length_error when they are too many.
     IMGKernel(NSSize size, const std::int32_t* data, std::optional<std::string> name);
 
     /// What an archive holds under "size", "data" and "name"; without these keys a size of zero, no taps and

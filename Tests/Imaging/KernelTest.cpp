@@ -98,6 +98,32 @@ TEST(Kernel, TruncatesTheByteCountOfASizeThatIsNotWhole) {
     EXPECT_EQ(kernel.divisor(), 11);
 }
 
+TEST(Kernel, HasTheTapsThatTheProductOfItsSidesRoundsUpTo) {
+    // The float next to 8.9 lies below it, but ten times that float rounds to 89.
+    Taps taps(89, 1);
+    taps.back() = 1000;
+    const IMGKernel kernel({10, 8.9F}, taps.data(), std::nullopt);
+    EXPECT_EQ(kernel.data().size(), 356U);
+    EXPECT_EQ(tapsOf(kernel), taps);
+    EXPECT_EQ(kernel.divisor(), 1088);
+}
+
+TEST(Kernel, CountsTapsInFloatsBelowTwoToThe24th) {
+    // 3.25 · 5162219 is 16777211.75, and the next float is the whole number above.
+    const Taps taps(16777212, 1);
+    const IMGKernel kernel({3.25F, 5162219}, taps.data(), std::nullopt);
+    EXPECT_EQ(kernel.data().size(), 4 * taps.size());
+}
+
+TEST(Kernel, ReadsNoTapsBehindTheExactProductFromTwoToThe24thOn) {
+    // 682.75 · 24573 is 2^24 - 1/4, which rounds to 2^24: a quarter of a tap more than there is.
+    const Taps taps(16777216, 1);
+    EXPECT_EQ(IMGKernel({682.75F, 24573}, taps.data(), std::nullopt).data().size(), 67108863U);
+    // The floats beside the odd 4097 · 4099 are even, and the one above is taken.
+    const Taps odd(std::size_t{4097} * 4099, 1);
+    EXPECT_EQ(IMGKernel({4097, 4099}, odd.data(), std::nullopt).tapCount(), odd.size());
+}
+
 TEST(Kernel, HasNoTapsWhereTheSizeIsNotPositive) {
     const Taps taps = {5};
     const float nan = std::numeric_limits<float>::quiet_NaN();
