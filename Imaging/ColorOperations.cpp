@@ -1,6 +1,6 @@
 #include "Imaging/ColorOperations.h"
 
-#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/ColorTransformPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/LocalizedString.h"
 

@@ -1,7 +1,7 @@
 #include "Imaging/Mask.h"
 
 #include "Imaging/Drawing/AssertionLines.h"
-#include "Imaging/Pixels/MaskWorkers.h"
+#include "Imaging/Pixels/MaskPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/LocalizedString.h"

@@ -1,6 +1,6 @@
 #include "Imaging/Pixels/ConvolutionPasses.h"
 
-#include "Imaging/Pixels/ConvolutionRows.h"
+#include "Imaging/Pixels/ConvolutionVectors.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 #include "hwy/aligned_allocator.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
 // Internal: whole convolutions on two threads, by vector code where a kernel lies within the picture. The
-// result is bit for bit that of the workers of ConvolutionWorkers.h. Not installed.
+// result is bit for bit that of the workers of ConvolutionPlain.h. Not installed.
 
-#include "Imaging/Pixels/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionPlain.h"
 
 namespace Imaging {
 

@@ -2,7 +2,7 @@
 // of vector code; and what the nodes keep, tell and archive.
 
 #include "Imaging/ColorOperations.h"
-#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/ColorTransformPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"

@@ -2,7 +2,7 @@
 // keeps, checks and archives.
 
 #include "Imaging/Mask.h"
-#include "Imaging/Pixels/MaskWorkers.h"
+#include "Imaging/Pixels/MaskPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"

@@ -3,7 +3,7 @@
 // Pictures in memory with guarded rows, and convolution by plain arithmetic on tables, for the tests of the
 // workers and of the vector code.
 
-#include "Imaging/Pixels/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionPlain.h"
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>

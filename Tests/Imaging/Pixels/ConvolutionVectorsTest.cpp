@@ -1,6 +1,6 @@
 // The vector code against the plain arithmetic, on every target that the machine supports.
 
-#include "Imaging/Pixels/ConvolutionRows.h"
+#include "Imaging/Pixels/ConvolutionVectors.h"
 
 #include "Imaging/Kernel.h"
 #include "Imaging/Pixels/ConvolutionPasses.h"

@@ -1,12 +1,12 @@
 // Masking with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/Pixels/MaskWorkers.h"
+#include "Imaging/Pixels/MaskPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/Pixels/MaskRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/MaskVectors.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 

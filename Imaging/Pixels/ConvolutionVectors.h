@@ -1,6 +1,6 @@
 #pragma once
 
-// Internal: weighted sums of 8-bit samples by vector code, bit for bit what ConvolutionWorkers.h gives. Not
+// Internal: weighted sums of 8-bit samples by vector code, bit for bit what ConvolutionPlain.h gives. Not
 // installed.
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "Imaging/Pixels/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionPlain.h"
 
 #include "Tests/Imaging/Pixels/ConvolutionFixtures.h"
 

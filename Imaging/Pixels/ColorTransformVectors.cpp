@@ -1,6 +1,6 @@
 // The colour transform with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/ColorTransformPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 
 #include <array>
@@ -8,7 +8,7 @@
 #include <optional>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/Pixels/ColorTransformRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/ColorTransformVectors.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 

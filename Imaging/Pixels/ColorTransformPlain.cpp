@@ -1,4 +1,4 @@
-#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/ColorTransformPlain.h"
 
 #include "Imaging/Pixels/PixelWorkers.h"
 

@@ -1,4 +1,4 @@
-#include "Imaging/Pixels/MaskWorkers.h"
+#include "Imaging/Pixels/MaskPlain.h"
 
 #include "Imaging/Pixels/PixelWorkers.h"
 

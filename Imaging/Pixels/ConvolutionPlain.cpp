@@ -1,4 +1,4 @@
-#include "Imaging/Pixels/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionPlain.h"
 
 #include <algorithm>
 #include <cstring>

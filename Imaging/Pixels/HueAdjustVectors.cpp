@@ -1,6 +1,6 @@
 // The hue adjustment with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/Pixels/ColorWorkers.h"
+#include "Imaging/Pixels/ColorTransformPlain.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@
 #include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/Pixels/HueRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/HueAdjustVectors.cpp"
 #include "hwy/foreach_target.h"
 #include "hwy/highway.h"
 

@@ -1,11 +1,11 @@
-#include "Imaging/Pixels/ConvolutionRows.h"
+#include "Imaging/Pixels/ConvolutionVectors.h"
 
-#include "Imaging/Pixels/ConvolutionWorkers.h"
+#include "Imaging/Pixels/ConvolutionPlain.h"
 
 #include <cstring>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "Imaging/Pixels/ConvolutionRows.cpp"
+#define HWY_TARGET_INCLUDE "Imaging/Pixels/ConvolutionVectors.cpp"
 #include "hwy/foreach_target.h"
 
 #include "hwy/highway.h"
