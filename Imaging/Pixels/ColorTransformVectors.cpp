@@ -1,8 +1,10 @@
 // The colour transform with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/Pixels/ColorTransformPlain.h"
+#include "Imaging/Pixels/ColorTransformVectors.h"
+
 #include "Imaging/Pixels/PixelWorkers.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -164,6 +166,34 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace Imaging {
+
+namespace {
+
+/// The smallest whole multiplier that agrees with a multiplier for every sample after a shift by `bits`.
+std::optional<std::uint32_t> wholeMultiplier(float multiplier, int bits) {
+    std::uint64_t least = 0;
+    std::uint64_t most = (1U << 24) - 1;
+    for (std::uint64_t sample = 1; sample < 256; ++sample) {
+        const std::uint64_t result = Plain::multiplied(static_cast<std::uint8_t>(sample), multiplier);
+        // result · 2^bits <= sample · whole < (result + 1) · 2^bits, without the end where 255 is clamped
+        least = std::max(least, ((result << bits) + sample - 1) / sample);
+        if (result < 255) most = std::min(most, (((result + 1) << bits) - 1) / sample);
+        if (least > most) return std::nullopt;
+    }
+    return static_cast<std::uint32_t>(least);
+}
+
+} // namespace
+
+std::optional<WholeMultipliers> wholeMultipliers(const ColorTransformRecord& record) {
+    for (int shift = 8; shift >= 0; --shift) {
+        const auto red = wholeMultiplier(record.redMultiplier, 16 + shift);
+        const auto green = wholeMultiplier(record.greenMultiplier, 16 + shift);
+        const auto blue = wholeMultiplier(record.blueMultiplier, 16 + shift);
+        if (red && green && blue) return WholeMultipliers{{*red, *green, *blue}, shift};
+    }
+    return std::nullopt;
+}
 
 HWY_EXPORT(multiplyRowByWhole);
 HWY_EXPORT(multiplyRowByFloats);

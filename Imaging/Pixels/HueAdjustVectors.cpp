@@ -1,6 +1,7 @@
 // The hue adjustment with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/Pixels/ColorTransformPlain.h"
+#include "Imaging/Pixels/HueAdjustVectors.h"
+
 #include "Imaging/Pixels/PixelWorkers.h"
 
 #include <algorithm>

@@ -79,11 +79,6 @@ Rows filled(int width, int height, int samples, Pixels::Random& random) {
     return rows;
 }
 
-struct Counter {
-    int tellings = 0;
-    void told(IMGImage&) { ++tellings; }
-};
-
 std::vector<int> linesOf(const ToleratedAssertions& assertions) {
     std::vector<int> lines;
     for (const auto& failure : assertions.failures()) lines.push_back(failure.line);

@@ -127,6 +127,35 @@ inline std::vector<std::uint8_t> samplesOf(const std::shared_ptr<CCImage>& resul
     return samples;
 }
 
+/// A worker's record over the bytes of two pictures of one size.
+template<class Record>
+Record recordOver(Rows& source, Rows& destination) {
+    Record record{};
+    record.width = source.width();
+    record.height = source.height();
+    record.sourceRowLength = static_cast<std::uint32_t>(source.rowLength());
+    record.destinationRowLength = static_cast<std::uint32_t>(destination.rowLength());
+    record.source = source.data();
+    record.destination = destination.data();
+    return record;
+}
+
+struct Counter {
+    int tellings = 0;
+    void told(IMGImage&) { ++tellings; }
+};
+
+/// Writes itself under the name of a class with the keys of a plain node alone, as an older program might.
+class Bare : public IMGImage {
+public:
+    Bare(std::string name, std::shared_ptr<IMGImage> source)
+        : IMGImage(std::move(source)), m_name(std::move(name)) {}
+    std::string archiveClassName() const override { return m_name; }
+
+private:
+    std::string m_name;
+};
+
 inline bool areAllZero(const std::vector<std::uint8_t>& samples) {
     return std::all_of(samples.begin(), samples.end(), [](std::uint8_t sample) { return sample == 0; });
 }

@@ -71,11 +71,6 @@ std::shared_ptr<CCImage> resultOf(const Grid& grid) {
     return CCImage::ccImageWithNSImage(Pixels::imageOf(grid));
 }
 
-struct Counter {
-    int tellings = 0;
-    void told(IMGImage&) { ++tellings; }
-};
-
 } // namespace
 
 TEST(PixelOperation, MakesAResultOfTheSourcesLayoutAndSize) {

@@ -1,0 +1,34 @@
+#pragma once
+
+// Internal: the hue adjustment one pixel after another, which the vector code must agree with bit for bit.
+// Not installed.
+
+#include <cstdint>
+
+namespace Imaging {
+
+/// One thread's share of a hue adjustment.
+struct HueAdjustRecord {
+    float hueShift; ///< in sextants of the colour wheel
+    std::int32_t width;
+    std::int32_t height;
+    std::uint32_t sourceRowLength;
+    std::uint32_t destinationRowLength;
+    const std::uint8_t* source;
+    std::uint8_t* destination;
+    std::int32_t firstRow;
+    std::int32_t rowStep;
+};
+
+namespace Plain {
+
+/// The red, green and blue of one pixel with the hue shifted by sextants.
+void adjustHue(double hueShift, const std::uint8_t* source, std::uint8_t* destination);
+
+// Padding between rows is neither read nor written.
+void hue_adjust_rgb(const HueAdjustRecord& record);
+void hue_adjust_rgba(const HueAdjustRecord& record);
+
+} // namespace Plain
+
+} // namespace Imaging
