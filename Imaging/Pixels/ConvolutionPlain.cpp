@@ -8,17 +8,14 @@ namespace Imaging {
 namespace {
 
 template<class Pixel>
-constexpr std::size_t pixelBytes = sizeof(Pixel);
-
-template<class Pixel>
 const std::uint8_t* pixelAt(const std::uint8_t* pixels, std::size_t rowBytes, std::int64_t x,
                             std::int64_t y) {
-    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * pixelBytes<Pixel>;
+    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * sizeof(Pixel);
 }
 
 template<class Pixel>
 std::uint8_t* pixelAt(std::uint8_t* pixels, std::size_t rowBytes, std::int64_t x, std::int64_t y) {
-    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * pixelBytes<Pixel>;
+    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * sizeof(Pixel);
 }
 
 template<class Record, class Pixel>
@@ -26,7 +23,7 @@ void copyPixels(const Record& record, std::int64_t x, std::int64_t y, std::int64
     if (count <= 0) return;
     std::memcpy(pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y),
                 pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y),
-                static_cast<std::size_t>(count) * pixelBytes<Pixel>);
+                static_cast<std::size_t>(count) * sizeof(Pixel));
 }
 
 template<class Pixel, class Sum>

@@ -3,33 +3,12 @@
 // Internal: convolution of 8-bit samples, one pixel at a time. This is what every faster way must give bit
 // for bit. Not installed.
 
-#include <array>
+#include "Imaging/Pixels/PixelTypes.h"
+
 #include <cstddef>
 #include <cstdint>
 
 namespace Imaging {
-
-/// A pixel of interleaved 8-bit samples, and the sums that go with it.
-template<int N>
-struct SamplePixel {
-    static constexpr int sampleCount = N;
-    std::array<std::uint8_t, N> samples;
-};
-
-/// Signed 32-bit sums that wrap; kept unsigned, since only then is wrapping defined.
-template<int N>
-struct SampleSum {
-    std::array<std::uint32_t, N> samples{};
-};
-
-using GPixel = SamplePixel<1>;
-using GAPixel = SamplePixel<2>;
-using RGBPixel = SamplePixel<3>;
-using RGBAPixel = SamplePixel<4>;
-using GPixelSum = SampleSum<1>;
-using GAPixelSum = SampleSum<2>;
-using RGBPixelSum = SampleSum<3>;
-using RGBAPixelSum = SampleSum<4>;
 
 /// What one thread of a two-dimensional pass is given. Sizes in taps and pixels, row lengths in bytes.
 struct Convolve2Record {

@@ -6,7 +6,7 @@ namespace Imaging::Plain {
 
 template<class Pixel>
 void mask_worker(const MaskRecord& record) {
-    constexpr std::size_t samples = sizeof(Pixel);
+    constexpr std::size_t samples = Pixel::sampleCount;
     forEachRow(record, [&](std::size_t row) {
         const std::uint8_t* const from = record.source + row * record.sourceRowLength;
         const std::uint8_t* const mask = record.mask + row * record.maskRowLength;

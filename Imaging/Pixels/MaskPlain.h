@@ -2,21 +2,11 @@
 
 // Internal: what the two threads of the mask operation do. Not installed.
 
+#include "Imaging/Pixels/PixelTypes.h"
+
 #include <cstdint>
 
 namespace Imaging {
-
-struct GAPixel {
-    std::uint8_t gray;
-    std::uint8_t alpha;
-};
-
-struct RGBAPixel {
-    std::uint8_t red;
-    std::uint8_t green;
-    std::uint8_t blue;
-    std::uint8_t alpha;
-};
 
 /// One thread's share of a masking. The mask has one byte a pixel.
 struct MaskRecord {

@@ -72,7 +72,7 @@ std::size_t maskVectors(Pixel, const std::uint8_t*, const std::uint8_t*, std::si
 template<class Pixel>
 HWY_INLINE void maskRow(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
                         std::uint8_t* destination) {
-    constexpr std::size_t samples = sizeof(Pixel);
+    constexpr std::size_t samples = Pixel::sampleCount;
     const std::size_t done = maskVectors(Pixel{}, source, mask, width, destination);
     for (std::size_t i = samples * done; i < samples * width; ++i) {
         destination[i] = Plain::masked(source[i], mask[i / samples]);
