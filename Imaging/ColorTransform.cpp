@@ -1,7 +1,6 @@
 #include "Imaging/ColorTransform.h"
 
 #include "Imaging/Pixels/ColorTransformVectors.h"
-#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <utility>

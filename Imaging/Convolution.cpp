@@ -25,18 +25,12 @@ std::int32_t wholeTaps(float side) {
     return side < static_cast<float>(most) ? static_cast<std::int32_t>(side) : most;
 }
 
-/// The fields that the records of all passes share.
+/// A record of either pass without the kernel's size.
 template<class Record>
-Record recordOf(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
-    Record record;
+Record recordWith(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
+    auto record = recordBetween<Record>(source, destination);
     record.taps = kernel != nullptr ? kernel->dataAsIntArray() : nullptr;
     record.divisor = kernel != nullptr ? kernel->divisor() : 1;
-    record.width = static_cast<std::int32_t>(source.pixelsWide());
-    record.height = static_cast<std::int32_t>(source.pixelsHigh());
-    record.sourceRowBytes = source.bytesPerRow();
-    record.destinationRowBytes = destination.bytesPerRow();
-    record.source = source.bitmapData();
-    record.destination = destination.bitmapData();
     return record;
 }
 
@@ -52,11 +46,11 @@ void convolve(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapI
     }
     const std::int32_t height = wholeTaps(size.height);
     if (height == 1) {
-        auto record = recordOf<Convolve1Record>(kernel, source, destination);
+        auto record = recordWith<Convolve1Record>(kernel, source, destination);
         record.kernelLength = wholeTaps(size.width);
         convolveSeparably(record, source.samplesPerPixel());
     } else {
-        auto record = recordOf<Convolve2Record>(kernel, source, destination);
+        auto record = recordWith<Convolve2Record>(kernel, source, destination);
         record.kernelWidth = wholeTaps(size.width);
         record.kernelHeight = height;
         convolveRectangle(record, source.samplesPerPixel());

@@ -1,7 +1,6 @@
 #include "Imaging/HueAdjust.h"
 
 #include "Imaging/Pixels/HueAdjustVectors.h"
-#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <numbers>

@@ -1,8 +1,7 @@
 #include "Imaging/Mask.h"
 
 #include "Imaging/Drawing/AssertionLines.h"
-#include "Imaging/Pixels/MaskPlain.h"
-#include "Imaging/Pixels/PixelWorkers.h"
+#include "Imaging/Pixels/MaskVectors.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/LocalizedString.h"
 
@@ -78,7 +77,7 @@ void IMGMaskOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& 
     record.width = std::min(record.width, static_cast<std::int32_t>(mask->pixelsWide()));
     record.height = std::min(record.height, static_cast<std::int32_t>(mask->pixelsHigh()));
     record.mask = mask->bitmapData();
-    record.maskRowLength = static_cast<std::uint32_t>(mask->bytesPerRow());
+    record.maskBytesPerRow = static_cast<std::uint32_t>(mask->bytesPerRow());
     const IMGBitmapFormat format = imgBitmapFormat(source);
     if (format == IMGBitmapFormatGrayscaleAlpha) {
         runPixelWorkers(mask_worker<GAPixel>, interleavedRows(record));

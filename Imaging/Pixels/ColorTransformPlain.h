@@ -3,23 +3,17 @@
 // Internal: the colour transform one sample after another, which the vector code must agree with bit for bit.
 // Not installed.
 
+#include "Imaging/Pixels/PixelWorkers.h"
+
 #include <cstdint>
 
 namespace Imaging {
 
 /// One thread's share of a colour transform of RGB pixels.
-struct ColorTransformRecord {
-    float redMultiplier;
-    float greenMultiplier;
-    float blueMultiplier;
-    std::int32_t width; ///< of the bitmaps, in pixels
-    std::int32_t height;
-    std::uint32_t sourceRowLength; ///< in bytes, padding included
-    std::uint32_t destinationRowLength;
-    const std::uint8_t* source;
-    std::uint8_t* destination;
-    std::int32_t firstRow;
-    std::int32_t rowStep;
+struct ColorTransformRecord : PixelRecord {
+    float redMultiplier = 0;
+    float greenMultiplier = 0;
+    float blueMultiplier = 0;
 };
 
 namespace Plain {

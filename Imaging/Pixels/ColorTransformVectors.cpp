@@ -2,8 +2,6 @@
 
 #include "Imaging/Pixels/ColorTransformVectors.h"
 
-#include "Imaging/Pixels/PixelWorkers.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -202,9 +200,9 @@ void color_transform(const ColorTransformRecord& record) {
     const std::array<float, 3> floats = {record.redMultiplier, record.greenMultiplier, record.blueMultiplier};
     const std::optional<WholeMultipliers> whole = wholeMultipliers(record);
     const std::size_t count = std::size_t{3} * static_cast<std::size_t>(record.width);
-    forEachRow(record, [&](std::size_t row) {
-        const std::uint8_t* const source = record.source + row * record.sourceRowLength;
-        std::uint8_t* const destination = record.destination + row * record.destinationRowLength;
+    forEachRow(record, [&](std::int64_t row) {
+        const std::uint8_t* const source = sourceRow(record, row);
+        std::uint8_t* const destination = destinationRow(record, row);
         if (whole.has_value()) {
             HWY_DYNAMIC_DISPATCH(multiplyRowByWhole)(source, *whole, floats, count, destination);
         } else {

@@ -64,8 +64,9 @@ struct Scratch {
     std::vector<std::ptrdiff_t> offsets; ///< into the ring, for one output row
 };
 
-template<class Plain>
-struct PassRecord : Plain {
+/// A record of the plain workers with what the passes need besides.
+template<class Record>
+struct PassRecord : Record {
     const ConvolutionPlan* plan = nullptr;
     const std::ptrdiff_t* rowOffsets = nullptr; ///< the plan's taps along a row, in samples
     Scratch* scratch = nullptr;
@@ -77,16 +78,6 @@ struct PassRecord : Plain {
 
 using RectangleRecord = PassRecord<Convolve2Record>;
 using LineRecord = PassRecord<Convolve1Record>;
-
-template<class Record>
-const std::uint8_t* sourceRow(const Record& record, std::int64_t y) {
-    return record.source + static_cast<std::size_t>(y) * record.sourceRowBytes;
-}
-
-template<class Record>
-std::uint8_t* destinationRow(const Record& record, std::int64_t y) {
-    return record.destination + static_cast<std::size_t>(y) * record.destinationRowBytes;
-}
 
 /// How wide a block of columns is when so many of its rows are kept: half a row, so that both threads have
 /// work, or less where that would not fit in the cache.
@@ -153,11 +144,10 @@ void filterBlock(const LineRecord& record, Block block, bool upward) {
 }
 
 void separableWorker(const LineRecord& record) {
-    const std::size_t step = static_cast<std::size_t>(record.lineStep) * record.block;
-    std::size_t first = static_cast<std::size_t>(record.firstLine) * record.block;
+    const std::size_t step = static_cast<std::size_t>(record.rowStep) * record.block;
+    std::size_t first = static_cast<std::size_t>(record.firstRow) * record.block;
     for (; first < record.rowSamples; first += step) {
-        filterBlock(record, {first, std::min(first + record.block, record.rowSamples)},
-                    record.firstLine != 0);
+        filterBlock(record, {first, std::min(first + record.block, record.rowSamples)}, record.firstRow != 0);
     }
 }
 
@@ -175,7 +165,7 @@ std::int64_t shiftOf(const Convolve2Record& record) {
 }
 
 Span innerSpan(const Convolve2Record& record) {
-    const std::int64_t columns = convolve2Columns(record);
+    const std::int64_t columns = Plain::convolve2Columns(record);
     const std::int64_t shift = shiftOf(record);
     const std::int64_t from = std::clamp<std::int64_t>(-shift, 0, columns);
     return {from, std::clamp<std::int64_t>(record.width - record.kernelWidth - shift + 1, from, columns)};
@@ -226,11 +216,11 @@ void rectangleTile(const RectangleRecord& record, Span rows, Block tile) {
 template<class Pixel, class Sum>
 void rectangleBand(const RectangleRecord& record, Span rows) {
     const Span inner = innerSpan(record);
-    const std::int64_t columns = convolve2Columns(record);
+    const std::int64_t columns = Plain::convolve2Columns(record);
     for (std::int64_t y = rows.from; y < rows.to; ++y) {
         const bool covered = coversRow(record, y);
-        convolve2Span<Pixel, Sum>(record, y, 0, covered ? inner.from : columns);
-        if (covered) convolve2Span<Pixel, Sum>(record, y, inner.to, columns);
+        Plain::convolve2Span<Pixel, Sum>(record, y, 0, covered ? inner.from : columns);
+        if (covered) Plain::convolve2Span<Pixel, Sum>(record, y, inner.to, columns);
     }
     const std::size_t samples = static_cast<std::size_t>(inner.to - inner.from) * record.samples;
     for (std::size_t first = 0; first < samples; first += record.block) {
@@ -255,15 +245,13 @@ void rectangleWorker(const RectangleRecord& record) {
 template<class Pixel, class Sum>
 void convolveRectangleOf(const std::array<RectangleRecord, 2>& records) {
     runPixelWorkers(rectangleWorker<Pixel, Sum>, records);
-    const RectangleRecord& r = records[0];
-    copy_edges<Pixel>(r.width, r.height, r.sourceRowBytes, r.destinationRowBytes, r.source, r.destination,
-                      r.kernelWidth, r.kernelHeight);
+    Plain::copy_edges<Pixel>(records[0]);
 }
 
-template<class Plain>
-PassRecord<Plain> passRecord(const Plain& plain, const ConvolutionPlan& plan, int samplesPerPixel) {
-    PassRecord<Plain> record;
-    static_cast<Plain&>(record) = plain;
+template<class Record>
+PassRecord<Record> passRecord(const Record& plain, const ConvolutionPlan& plan, int samplesPerPixel) {
+    PassRecord<Record> record;
+    static_cast<Record&>(record) = plain;
     record.plan = &plan;
     record.samples = static_cast<std::size_t>(samplesPerPixel);
     record.rowSamples = static_cast<std::size_t>(plain.width) * record.samples;
@@ -326,12 +314,8 @@ void convolveSeparably(const Convolve1Record& plain, int samplesPerPixel) {
                        std::vector<std::ptrdiff_t>(plan.order.size())};
     };
     std::array<Scratch, 2> scratches = {scratch(), scratch()};
-    std::array<LineRecord, 2> records = {record, record};
-    for (std::size_t i = 0; i < 2; ++i) {
-        records[i].scratch = &scratches[i];
-        records[i].firstLine = static_cast<std::int32_t>(i);
-        records[i].lineStep = 2;
-    }
+    std::array<LineRecord, 2> records = interleavedRows(record);
+    for (std::size_t i = 0; i < 2; ++i) records[i].scratch = &scratches[i];
     runPixelWorkers(separableWorker, records);
 }
 

@@ -1,29 +1,23 @@
 #include "Imaging/Pixels/ConvolutionPlain.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
-namespace Imaging {
+namespace Imaging::Plain {
 
 namespace {
 
 template<class Pixel>
-const std::uint8_t* pixelAt(const std::uint8_t* pixels, std::size_t rowBytes, std::int64_t x,
-                            std::int64_t y) {
-    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * sizeof(Pixel);
+std::size_t offsetOf(std::int64_t x) {
+    return static_cast<std::size_t>(x) * sizeof(Pixel);
 }
 
 template<class Pixel>
-std::uint8_t* pixelAt(std::uint8_t* pixels, std::size_t rowBytes, std::int64_t x, std::int64_t y) {
-    return pixels + static_cast<std::size_t>(y) * rowBytes + static_cast<std::size_t>(x) * sizeof(Pixel);
-}
-
-template<class Record, class Pixel>
-void copyPixels(const Record& record, std::int64_t x, std::int64_t y, std::int64_t count) {
+void copyPixels(const PixelRecord& record, std::int64_t x, std::int64_t y, std::int64_t count) {
     if (count <= 0) return;
-    std::memcpy(pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y),
-                pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y),
-                static_cast<std::size_t>(count) * sizeof(Pixel));
+    std::memcpy(destinationRow(record, y) + offsetOf<Pixel>(x), sourceRow(record, y) + offsetOf<Pixel>(x),
+                offsetOf<Pixel>(count));
 }
 
 template<class Pixel, class Sum>
@@ -60,11 +54,10 @@ void convolve2Span(const Convolve2Record& record, std::int64_t row, std::int64_t
             for (std::int64_t kx = 0; kx < record.kernelWidth; ++kx) {
                 const std::int64_t x = std::clamp<std::int64_t>(j + (halfHeight - halfWidth) + kx, 0,
                                                                 std::int64_t{record.width} - 1);
-                addWeighted<Pixel>(sum, *tap++, pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y));
+                addWeighted<Pixel>(sum, *tap++, sourceRow(record, y) + offsetOf<Pixel>(x));
             }
         }
-        store(sum, record.divisor,
-              pixelAt<Pixel>(record.destination, record.destinationRowBytes, halfWidth + j, row));
+        store(sum, record.divisor, destinationRow(record, row) + offsetOf<Pixel>(halfWidth + j));
     }
 }
 
@@ -81,18 +74,17 @@ template<class Pixel, class Sum>
 void convolve1a(const Convolve1Record& record) {
     const std::int64_t width = record.width;
     const std::int64_t half = record.kernelLength / 2;
-    for (std::int64_t y = record.firstLine; y < record.height; y += record.lineStep) {
-        copyPixels<Convolve1Record, Pixel>(record, 0, y, std::min(half, width));
+    for (std::int64_t y = record.firstRow; y < record.height; y += record.rowStep) {
+        copyPixels<Pixel>(record, 0, y, std::min(half, width));
         std::int64_t x = half;
         for (; x < width - half; ++x) {
             Sum sum;
             for (std::int64_t k = 0; k < record.kernelLength; ++k) {
-                addWeighted<Pixel>(sum, record.taps[k],
-                                   pixelAt<Pixel>(record.source, record.sourceRowBytes, x - half + k, y));
+                addWeighted<Pixel>(sum, record.taps[k], sourceRow(record, y) + offsetOf<Pixel>(x - half + k));
             }
-            store(sum, record.divisor, pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y));
+            store(sum, record.divisor, destinationRow(record, y) + offsetOf<Pixel>(x));
         }
-        copyPixels<Convolve1Record, Pixel>(record, x, y, width - x);
+        copyPixels<Pixel>(record, x, y, width - x);
     }
 }
 
@@ -100,46 +92,37 @@ template<class Pixel, class Sum>
 void convolve1b(const Convolve1Record& record) {
     const std::int64_t height = record.height;
     const std::int64_t half = record.kernelLength / 2;
-    for (std::int64_t x = record.firstLine; x < record.width; x += record.lineStep) {
+    for (std::int64_t x = record.firstRow; x < record.width; x += record.rowStep) {
         for (std::int64_t y = 0; y < std::min(half, height); ++y) {
-            copyPixels<Convolve1Record, Pixel>(record, x, y, 1);
+            copyPixels<Pixel>(record, x, y, 1);
         }
         for (std::int64_t y = half; y < height - half; ++y) {
             Sum sum;
             for (std::int64_t k = 0; k < record.kernelLength; ++k) {
-                addWeighted<Pixel>(sum, record.taps[k],
-                                   pixelAt<Pixel>(record.source, record.sourceRowBytes, x, y - half + k));
+                addWeighted<Pixel>(sum, record.taps[k], sourceRow(record, y - half + k) + offsetOf<Pixel>(x));
             }
-            store(sum, record.divisor, pixelAt<Pixel>(record.destination, record.destinationRowBytes, x, y));
+            store(sum, record.divisor, destinationRow(record, y) + offsetOf<Pixel>(x));
         }
         for (std::int64_t y = std::max<std::int64_t>(0, height - half); y < height; ++y) {
-            copyPixels<Convolve1Record, Pixel>(record, x, y, 1);
+            copyPixels<Pixel>(record, x, y, 1);
         }
     }
 }
 
 template<class Pixel>
-void copy_edges(std::int32_t width, std::int32_t height, std::size_t sourceRowBytes,
-                std::size_t destinationRowBytes, const std::uint8_t* source, std::uint8_t* destination,
-                std::int32_t kernelWidth, std::int32_t kernelHeight) {
-    const Convolve2Record picture = {
-        .width = width,
-        .height = height,
-        .sourceRowBytes = sourceRowBytes,
-        .destinationRowBytes = destinationRowBytes,
-        .source = source,
-        .destination = destination,
-    };
+void copy_edges(const Convolve2Record& record) {
+    const std::int64_t width = record.width;
+    const std::int64_t height = record.height;
     // Pictures smaller than the kernel are all edge.
-    const std::int64_t rows = std::min<std::int64_t>(kernelHeight / 2, height);
-    const std::int64_t columns = std::min<std::int64_t>(kernelWidth / 2, width);
+    const std::int64_t rows = std::min<std::int64_t>(record.kernelHeight / 2, height);
+    const std::int64_t columns = std::min<std::int64_t>(record.kernelWidth / 2, width);
     for (std::int64_t i = 0; i < rows; ++i) {
-        copyPixels<Convolve2Record, Pixel>(picture, 0, i, width);
-        copyPixels<Convolve2Record, Pixel>(picture, 0, height - 1 - i, width);
+        copyPixels<Pixel>(record, 0, i, width);
+        copyPixels<Pixel>(record, 0, height - 1 - i, width);
     }
     for (std::int64_t y = 0; y < height; ++y) {
-        copyPixels<Convolve2Record, Pixel>(picture, 0, y, columns);
-        copyPixels<Convolve2Record, Pixel>(picture, width - columns, y, columns);
+        copyPixels<Pixel>(record, 0, y, columns);
+        copyPixels<Pixel>(record, width - columns, y, columns);
     }
 }
 
@@ -167,13 +150,9 @@ template void convolve1b<GAPixel, GAPixelSum>(const Convolve1Record&);
 template void convolve1b<RGBPixel, RGBPixelSum>(const Convolve1Record&);
 template void convolve1b<RGBAPixel, RGBAPixelSum>(const Convolve1Record&);
 
-template void copy_edges<GPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
-                                 std::uint8_t*, std::int32_t, std::int32_t);
-template void copy_edges<GAPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
-                                  std::uint8_t*, std::int32_t, std::int32_t);
-template void copy_edges<RGBPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
-                                   std::uint8_t*, std::int32_t, std::int32_t);
-template void copy_edges<RGBAPixel>(std::int32_t, std::int32_t, std::size_t, std::size_t, const std::uint8_t*,
-                                    std::uint8_t*, std::int32_t, std::int32_t);
+template void copy_edges<GPixel>(const Convolve2Record&);
+template void copy_edges<GAPixel>(const Convolve2Record&);
+template void copy_edges<RGBPixel>(const Convolve2Record&);
+template void copy_edges<RGBAPixel>(const Convolve2Record&);
 
-} // namespace Imaging
+} // namespace Imaging::Plain

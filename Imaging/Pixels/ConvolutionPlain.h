@@ -4,43 +4,29 @@
 // for bit. Not installed.
 
 #include "Imaging/Pixels/PixelTypes.h"
+#include "Imaging/Pixels/PixelWorkers.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace Imaging {
 
-/// What one thread of a two-dimensional pass is given. Sizes in taps and pixels, row lengths in bytes.
-struct Convolve2Record {
+/// One thread's share of a two-dimensional pass.
+struct Convolve2Record : PixelRecord {
     const std::int32_t* taps = nullptr;
-    std::int32_t kernelWidth = 0;
+    std::int32_t kernelWidth = 0; ///< in taps
     std::int32_t kernelHeight = 0;
     std::int32_t divisor = 1;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-    std::size_t sourceRowBytes = 0;
-    std::size_t destinationRowBytes = 0;
-    const std::uint8_t* source = nullptr;
-    std::uint8_t* destination = nullptr;
-    std::int32_t firstRow = 0;
-    std::int32_t rowStep = 1;
 };
 
-/// What one thread of a one-dimensional pass is given. A line is a row of the horizontal pass and a column of
-/// the vertical one.
-struct Convolve1Record {
+/// One thread's share of a one-dimensional pass. In the vertical one the first row and the step count
+/// columns.
+struct Convolve1Record : PixelRecord {
     const std::int32_t* taps = nullptr;
-    std::int32_t kernelLength = 0;
+    std::int32_t kernelLength = 0; ///< in taps
     std::int32_t divisor = 1;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-    std::size_t sourceRowBytes = 0;
-    std::size_t destinationRowBytes = 0;
-    const std::uint8_t* source = nullptr;
-    std::uint8_t* destination = nullptr;
-    std::int32_t firstLine = 0;
-    std::int32_t lineStep = 1;
 };
+
+namespace Plain {
 
 /// A weighted sum as a sample: divided with truncation toward zero, then limited to 0 … 255.
 inline std::uint8_t sampleOfSum(std::uint32_t wrappedSum, std::int32_t divisor) {
@@ -73,10 +59,11 @@ void convolve1a(const Convolve1Record& record);
 template<class Pixel, class Sum>
 void convolve1b(const Convolve1Record& record);
 
-/// Copies the pixels of the outer kernelHeight / 2 rows and kernelWidth / 2 columns.
+/// Copies the pixels of the outer kernelHeight / 2 rows and kernelWidth / 2 columns, whatever the record's
+/// rows.
 template<class Pixel>
-void copy_edges(std::int32_t width, std::int32_t height, std::size_t sourceRowBytes,
-                std::size_t destinationRowBytes, const std::uint8_t* source, std::uint8_t* destination,
-                std::int32_t kernelWidth, std::int32_t kernelHeight);
+void copy_edges(const Convolve2Record& record);
+
+} // namespace Plain
 
 } // namespace Imaging

@@ -34,7 +34,7 @@ template<class Sample>
 inline void plainSamples(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
                          Sample* destination, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
-        destination[i] = sampleOfSum(plainSum(plan, offsets, source + i), plan.quotient.divisor);
+        destination[i] = Plain::sampleOfSum(plainSum(plan, offsets, source + i), plan.quotient.divisor);
     }
 }
 

@@ -1,7 +1,5 @@
 #include "Imaging/Pixels/HueAdjustPlain.h"
 
-#include "Imaging/Pixels/PixelWorkers.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -20,9 +18,9 @@ double hueOf(double r, double g, double b, double largest, double range) {
 
 template<int samples>
 void adjustHues(const HueAdjustRecord& record) {
-    forEachRow(record, [&](std::size_t row) {
-        const std::uint8_t* from = record.source + row * record.sourceRowLength;
-        std::uint8_t* to = record.destination + row * record.destinationRowLength;
+    forEachRow(record, [&](std::int64_t row) {
+        const std::uint8_t* from = sourceRow(record, row);
+        std::uint8_t* to = destinationRow(record, row);
         for (std::int32_t x = 0; x < record.width; ++x, from += samples, to += samples) {
             adjustHue(record.hueShift, from, to);
             if constexpr (samples == 4) to[3] = from[3];

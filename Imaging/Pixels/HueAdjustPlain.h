@@ -3,21 +3,15 @@
 // Internal: the hue adjustment one pixel after another, which the vector code must agree with bit for bit.
 // Not installed.
 
+#include "Imaging/Pixels/PixelWorkers.h"
+
 #include <cstdint>
 
 namespace Imaging {
 
 /// One thread's share of a hue adjustment.
-struct HueAdjustRecord {
-    float hueShift; ///< in sextants of the colour wheel
-    std::int32_t width;
-    std::int32_t height;
-    std::uint32_t sourceRowLength;
-    std::uint32_t destinationRowLength;
-    const std::uint8_t* source;
-    std::uint8_t* destination;
-    std::int32_t firstRow;
-    std::int32_t rowStep;
+struct HueAdjustRecord : PixelRecord {
+    float hueShift = 0; ///< in sextants of the colour wheel
 };
 
 namespace Plain {

@@ -2,8 +2,6 @@
 
 #include "Imaging/Pixels/HueAdjustVectors.h"
 
-#include "Imaging/Pixels/PixelWorkers.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -185,18 +183,18 @@ HWY_EXPORT(adjustRowRGB);
 HWY_EXPORT(adjustRowRGBA);
 
 void hue_adjust_rgb(const HueAdjustRecord& record) {
-    forEachRow(record, [&](std::size_t row) {
+    forEachRow(record, [&](std::int64_t row) {
         HWY_DYNAMIC_DISPATCH(adjustRowRGB)
-        (record.source + row * record.sourceRowLength, record.hueShift,
-         static_cast<std::size_t>(record.width), record.destination + row * record.destinationRowLength);
+        (sourceRow(record, row), record.hueShift, static_cast<std::size_t>(record.width),
+         destinationRow(record, row));
     });
 }
 
 void hue_adjust_rgba(const HueAdjustRecord& record) {
-    forEachRow(record, [&](std::size_t row) {
+    forEachRow(record, [&](std::int64_t row) {
         HWY_DYNAMIC_DISPATCH(adjustRowRGBA)
-        (record.source + row * record.sourceRowLength, record.hueShift,
-         static_cast<std::size_t>(record.width), record.destination + row * record.destinationRowLength);
+        (sourceRow(record, row), record.hueShift, static_cast<std::size_t>(record.width),
+         destinationRow(record, row));
     });
 }
 

@@ -1,7 +1,6 @@
 // Masking with vectors. Compiled once for each kind of processor; the best one runs.
 
-#include "Imaging/Pixels/MaskPlain.h"
-#include "Imaging/Pixels/PixelWorkers.h"
+#include "Imaging/Pixels/MaskVectors.h"
 
 #include <cstddef>
 
@@ -70,8 +69,8 @@ std::size_t maskVectors(Pixel, const std::uint8_t*, const std::uint8_t*, std::si
 #endif
 
 template<class Pixel>
-HWY_INLINE void maskRow(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
-                        std::uint8_t* destination) {
+HWY_INLINE void maskSamples(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
+                            std::uint8_t* destination) {
     constexpr std::size_t samples = Pixel::sampleCount;
     const std::size_t done = maskVectors(Pixel{}, source, mask, width, destination);
     for (std::size_t i = samples * done; i < samples * width; ++i) {
@@ -79,14 +78,14 @@ HWY_INLINE void maskRow(const std::uint8_t* source, const std::uint8_t* mask, st
     }
 }
 
-HWY_ATTR void maskRowGA(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
-                        std::uint8_t* destination) {
-    maskRow<GAPixel>(source, mask, width, destination);
+HWY_ATTR void maskGA(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
+                     std::uint8_t* destination) {
+    maskSamples<GAPixel>(source, mask, width, destination);
 }
 
-HWY_ATTR void maskRowRGBA(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
-                          std::uint8_t* destination) {
-    maskRow<RGBAPixel>(source, mask, width, destination);
+HWY_ATTR void maskRGBA(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
+                       std::uint8_t* destination) {
+    maskSamples<RGBAPixel>(source, mask, width, destination);
 }
 
 } // namespace Imaging::HWY_NAMESPACE
@@ -95,24 +94,24 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace Imaging {
 
-HWY_EXPORT(maskRowGA);
-HWY_EXPORT(maskRowRGBA);
+HWY_EXPORT(maskGA);
+HWY_EXPORT(maskRGBA);
 
 template<>
 void mask_worker<GAPixel>(const MaskRecord& record) {
-    forEachRow(record, [&](std::size_t row) {
-        HWY_DYNAMIC_DISPATCH(maskRowGA)
-        (record.source + row * record.sourceRowLength, record.mask + row * record.maskRowLength,
-         static_cast<std::size_t>(record.width), record.destination + row * record.destinationRowLength);
+    forEachRow(record, [&](std::int64_t row) {
+        HWY_DYNAMIC_DISPATCH(maskGA)
+        (sourceRow(record, row), maskRow(record, row), static_cast<std::size_t>(record.width),
+         destinationRow(record, row));
     });
 }
 
 template<>
 void mask_worker<RGBAPixel>(const MaskRecord& record) {
-    forEachRow(record, [&](std::size_t row) {
-        HWY_DYNAMIC_DISPATCH(maskRowRGBA)
-        (record.source + row * record.sourceRowLength, record.mask + row * record.maskRowLength,
-         static_cast<std::size_t>(record.width), record.destination + row * record.destinationRowLength);
+    forEachRow(record, [&](std::int64_t row) {
+        HWY_DYNAMIC_DISPATCH(maskRGBA)
+        (sourceRow(record, row), maskRow(record, row), static_cast<std::size_t>(record.width),
+         destinationRow(record, row));
     });
 }
 

@@ -4,7 +4,6 @@
 
 #include "Imaging/ColorTransform.h"
 #include "Imaging/Pixels/ColorTransformVectors.h"
-#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"
 
@@ -137,7 +136,7 @@ TEST(ColorTransform, FindsWholeMultipliersThatGiveTheSameSamples) {
     for (int i = 0; i < 500; ++i) multipliers.push_back(random.single(0, i % 2 == 0 ? 2.0F : 30.0F));
     int missing = 0;
     for (std::size_t i = 0; i < multipliers.size(); ++i) {
-        ColorTransformRecord record{};
+        ColorTransformRecord record;
         record.redMultiplier = multipliers[i];
         const auto whole = Imaging::wholeMultipliers(record);
         if (!whole.has_value()) {
@@ -160,7 +159,7 @@ TEST(ColorTransform, AgreesWithItsArithmeticWhereNoWholeMultiplierDoes) {
     std::vector<float> multipliers;
     for (int numerator = 1; numerator < 60; ++numerator) {
         const float next = std::nextafter(static_cast<float>(numerator) / 30, 0.0F);
-        ColorTransformRecord record{};
+        ColorTransformRecord record;
         record.redMultiplier = next;
         if (!Imaging::wholeMultipliers(record).has_value()) multipliers.push_back(next);
     }

@@ -4,7 +4,6 @@
 
 #include "Imaging/HueAdjust.h"
 #include "Imaging/Pixels/HueAdjustVectors.h"
-#include "Imaging/Pixels/PixelWorkers.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"
 

@@ -1,9 +1,10 @@
 // Masking against its arithmetic for every sample and mask, on every kind of vector code; and what the node
 // keeps, checks and archives.
+// Also tests: Imaging/Pixels/MaskPlain.cpp
+// Also tests: Imaging/Pixels/MaskVectors.cpp
 
 #include "Imaging/Mask.h"
-#include "Imaging/Pixels/MaskPlain.h"
-#include "Imaging/Pixels/PixelWorkers.h"
+#include "Imaging/Pixels/MaskVectors.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Imaging/PixelOperationFixtures.h"
 
@@ -35,16 +36,10 @@ Rows maskedByHand(Rows source, Rows mask, int samples, Rows destination) {
     return destination;
 }
 
-MaskRecord recordOver(Rows& source, Rows& mask, Rows& destination) {
-    MaskRecord record{};
-    record.width = source.width();
-    record.height = source.height();
-    record.sourceRowLength = static_cast<std::uint32_t>(source.rowLength());
-    record.maskRowLength = static_cast<std::uint32_t>(mask.rowLength());
-    record.destinationRowLength = static_cast<std::uint32_t>(destination.rowLength());
-    record.source = source.data();
+MaskRecord maskRecord(Rows& source, Rows& mask, Rows& destination) {
+    auto record = recordOver<MaskRecord>(source, destination);
     record.mask = mask.data();
-    record.destination = destination.data();
+    record.maskBytesPerRow = mask.bytesPerRow();
     return record;
 }
 
@@ -52,7 +47,7 @@ using Worker = void (*)(const MaskRecord&);
 
 /// A destination that was masked by a worker, for both threads.
 Rows maskedBy(Worker worker, Rows& source, Rows& mask, Rows destination) {
-    for (const MaskRecord& record : Imaging::interleavedRows(recordOver(source, mask, destination))) {
+    for (const MaskRecord& record : Imaging::interleavedRows(maskRecord(source, mask, destination))) {
         worker(record);
     }
     return destination;

@@ -39,7 +39,7 @@ public:
         : m_width(width),
           m_height(height),
           m_samples(samples),
-          m_row_length(width * samples + padding),
+          m_bytes_per_row(width * samples + padding),
           m_bytes(index(height) + 64, guard) {}
 
     void fill(Pixels::Random& random) {
@@ -51,7 +51,7 @@ public:
 
     int width() const { return m_width; }
     int height() const { return m_height; }
-    int rowLength() const { return m_row_length; }
+    std::uint32_t bytesPerRow() const { return static_cast<std::uint32_t>(m_bytes_per_row); }
     std::uint8_t* data() { return m_bytes.data(); }
     std::uint8_t* pixel(int x, int y) { return m_bytes.data() + index(y) + index(x, m_samples); }
 
@@ -66,7 +66,7 @@ public:
         description.hasAlpha = m_samples % 2 == 0;
         description.colorSpaceName = m_samples <= 2 ? Imaging::Platform::NSCalibratedWhiteColorSpace
                                                     : Imaging::Platform::NSCalibratedRGBColorSpace;
-        description.bytesPerRow = static_cast<std::size_t>(m_row_length);
+        description.bytesPerRow = static_cast<std::size_t>(m_bytes_per_row);
         return NSBitmapImageRep::bitmapOverPlanes(description, {m_bytes.data()});
     }
 
@@ -88,12 +88,12 @@ private:
     static std::size_t index(int count, int size) {
         return static_cast<std::size_t>(count) * static_cast<std::size_t>(size);
     }
-    std::size_t index(int y) const { return index(y, m_row_length); }
+    std::size_t index(int y) const { return index(y, m_bytes_per_row); }
 
     int m_width;
     int m_height;
     int m_samples;
-    int m_row_length;
+    int m_bytes_per_row;
     std::vector<std::uint8_t> m_bytes;
 };
 
@@ -130,11 +130,11 @@ inline std::vector<std::uint8_t> samplesOf(const std::shared_ptr<CCImage>& resul
 /// A worker's record over the bytes of two pictures of one size.
 template<class Record>
 Record recordOver(Rows& source, Rows& destination) {
-    Record record{};
+    Record record;
     record.width = source.width();
     record.height = source.height();
-    record.sourceRowLength = static_cast<std::uint32_t>(source.rowLength());
-    record.destinationRowLength = static_cast<std::uint32_t>(destination.rowLength());
+    record.sourceBytesPerRow = source.bytesPerRow();
+    record.destinationBytesPerRow = destination.bytesPerRow();
     record.source = source.data();
     record.destination = destination.data();
     return record;

@@ -23,13 +23,13 @@ public:
         : m_width(width),
           m_height(height),
           m_samples(samples),
-          m_row_bytes(rowSamples() + padding),
-          m_bytes(2 * guardBytes + m_row_bytes * static_cast<std::size_t>(height), guard) {
+          m_bytes_per_row(rowSamples() + padding),
+          m_bytes(2 * guardBytes + m_bytes_per_row * static_cast<std::size_t>(height), guard) {
         for (int y = 0; y < height; ++y) std::memset(row(y), 0, rowSamples());
     }
 
     std::uint8_t* data() { return m_bytes.data() + guardBytes; }
-    std::size_t rowBytes() const { return m_row_bytes; }
+    std::uint32_t bytesPerRow() const { return static_cast<std::uint32_t>(m_bytes_per_row); }
     int width() const { return m_width; }
     int height() const { return m_height; }
     int samples() const { return m_samples; }
@@ -45,7 +45,7 @@ public:
     bool guardsAreIntact() {
         const auto isGuard = [](std::uint8_t byte) { return byte == guard; };
         for (int y = 0; y < m_height; ++y) {
-            if (!std::all_of(row(y) + rowSamples(), row(y) + m_row_bytes, isGuard)) return false;
+            if (!std::all_of(row(y) + rowSamples(), row(y) + m_bytes_per_row, isGuard)) return false;
         }
         return std::all_of(m_bytes.begin(), m_bytes.begin() + guardBytes, isGuard) &&
                std::all_of(m_bytes.end() - guardBytes, m_bytes.end(), isGuard);
@@ -58,12 +58,12 @@ private:
     std::size_t rowSamples() const {
         return static_cast<std::size_t>(m_width) * static_cast<std::size_t>(m_samples);
     }
-    std::uint8_t* row(int y) { return data() + static_cast<std::size_t>(y) * m_row_bytes; }
+    std::uint8_t* row(int y) { return data() + static_cast<std::size_t>(y) * m_bytes_per_row; }
 
     int m_width;
     int m_height;
     int m_samples;
-    std::size_t m_row_bytes;
+    std::size_t m_bytes_per_row;
     std::vector<std::uint8_t> m_bytes;
 };
 
@@ -153,35 +153,33 @@ inline testing::AssertionResult areEqual(GuardedSamples& actual, GuardedSamples&
     return testing::AssertionSuccess();
 }
 
+template<class Record>
+Record convolutionRecord(GuardedSamples& source, GuardedSamples& destination, const Taps2& kernel) {
+    Record record;
+    record.source = source.data();
+    record.destination = destination.data();
+    record.sourceBytesPerRow = source.bytesPerRow();
+    record.destinationBytesPerRow = destination.bytesPerRow();
+    record.width = source.width();
+    record.height = source.height();
+    record.taps = kernel.taps.data();
+    record.divisor = kernel.divisor;
+    return record;
+}
+
 inline Imaging::Convolve2Record rectangleRecord(GuardedSamples& source, GuardedSamples& destination,
                                                 const Taps2& kernel) {
-    return {kernel.taps.data(),
-            kernel.width,
-            kernel.height,
-            kernel.divisor,
-            source.width(),
-            source.height(),
-            source.rowBytes(),
-            destination.rowBytes(),
-            source.data(),
-            destination.data(),
-            0,
-            1};
+    auto record = convolutionRecord<Imaging::Convolve2Record>(source, destination, kernel);
+    record.kernelWidth = kernel.width;
+    record.kernelHeight = kernel.height;
+    return record;
 }
 
 inline Imaging::Convolve1Record lineRecord(GuardedSamples& source, GuardedSamples& destination,
                                            const Taps2& kernel) {
-    return {kernel.taps.data(),
-            kernel.width,
-            kernel.divisor,
-            source.width(),
-            source.height(),
-            source.rowBytes(),
-            destination.rowBytes(),
-            source.data(),
-            destination.data(),
-            0,
-            1};
+    auto record = convolutionRecord<Imaging::Convolve1Record>(source, destination, kernel);
+    record.kernelLength = kernel.width;
+    return record;
 }
 
 inline int someDivisor(Pixels::Random& random, std::int64_t sum) {

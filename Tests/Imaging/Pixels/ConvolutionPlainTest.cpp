@@ -9,6 +9,7 @@
 
 using namespace ImagingTests;
 using namespace Imaging;
+using namespace Imaging::Plain;
 
 namespace {
 
@@ -23,11 +24,10 @@ void withPixel(int samples, const Body& body) {
 
 /// Both workers of a pass, one after the other.
 template<class Record>
-void inTurns(Record record, void (*worker)(const Record&), std::int32_t Record::*first,
-             std::int32_t Record::*step) {
+void inTurns(Record record, void (*worker)(const Record&)) {
     for (const std::int32_t start : {1, 0}) {
-        record.*first = start;
-        record.*step = 2;
+        record.firstRow = start;
+        record.rowStep = 2;
         worker(record);
     }
 }
@@ -35,10 +35,9 @@ void inTurns(Record record, void (*worker)(const Record&), std::int32_t Record::
 void rectangle(GuardedSamples& source, GuardedSamples& result, const Taps2& kernel) {
     withPixel(source.samples(), [&](auto pixel, auto sum) {
         using Pixel = decltype(pixel);
-        inTurns(rectangleRecord(source, result, kernel), convolve2<Pixel, decltype(sum)>,
-                &Convolve2Record::firstRow, &Convolve2Record::rowStep);
-        copy_edges<Pixel>(source.width(), source.height(), source.rowBytes(), result.rowBytes(),
-                          source.data(), result.data(), kernel.width, kernel.height);
+        const Convolve2Record record = rectangleRecord(source, result, kernel);
+        inTurns(record, convolve2<Pixel, decltype(sum)>);
+        copy_edges<Pixel>(record);
     });
 }
 
@@ -47,8 +46,7 @@ void lines(GuardedSamples& source, GuardedSamples& result, const Taps2& kernel, 
         using Pixel = decltype(pixel);
         using Sum = decltype(sum);
         inTurns(lineRecord(source, result, kernel),
-                alongRows ? convolve1a<Pixel, Sum> : convolve1b<Pixel, Sum>, &Convolve1Record::firstLine,
-                &Convolve1Record::lineStep);
+                alongRows ? convolve1a<Pixel, Sum> : convolve1b<Pixel, Sum>);
     });
 }
 
@@ -149,15 +147,15 @@ TEST(PlainConvolution, TouchesOnlyItsOwnLines) {
     GuardedSamples source = grays(3, 3, std::vector<std::uint8_t>(9, 80));
     GuardedSamples rows(3, 3, 1, 0);
     Convolve1Record record = lineRecord(source, rows, row);
-    record.firstLine = 1;
-    record.lineStep = 2;
+    record.firstRow = 1;
+    record.rowStep = 2;
     convolve1a<GPixel, GPixelSum>(record);
     EXPECT_EQ(rowOf(rows, 0), (std::vector<int>{0, 0, 0}));
     EXPECT_EQ(rowOf(rows, 1), (std::vector<int>{80, 80, 80}));
     EXPECT_EQ(rowOf(rows, 2), (std::vector<int>{0, 0, 0}));
     GuardedSamples columns(3, 3, 1, 0);
     record.destination = columns.data();
-    record.destinationRowBytes = columns.rowBytes();
+    record.destinationBytesPerRow = columns.bytesPerRow();
     convolve1b<GPixel, GPixelSum>(record);
     for (int y = 0; y < 3; ++y) EXPECT_EQ(rowOf(columns, y), (std::vector<int>{0, 80, 0}));
 }
@@ -165,14 +163,14 @@ TEST(PlainConvolution, TouchesOnlyItsOwnLines) {
 TEST(PlainConvolution, CopiesTheEdgesOfPicturesSmallerThanTheKernel) {
     GuardedSamples source = grays(2, 3, {1, 2, 3, 4, 5, 6});
     GuardedSamples result(2, 3, 1, 7);
-    copy_edges<GPixel>(2, 3, source.rowBytes(), result.rowBytes(), source.data(), result.data(), 9, 11);
+    copy_edges<GPixel>(rectangleRecord(source, result, {9, 11, {}, 1}));
     EXPECT_TRUE(areEqual(result, source));
 }
 
 TEST(PlainConvolution, LeavesTheInnerPixelsToTheWorkersWhenItCopiesEdges) {
     GuardedSamples source = grays(5, 5, std::vector<std::uint8_t>(25, 9));
     GuardedSamples result(5, 5, 1, 7);
-    copy_edges<GPixel>(5, 5, source.rowBytes(), result.rowBytes(), source.data(), result.data(), 5, 3);
+    copy_edges<GPixel>(rectangleRecord(source, result, {5, 3, {}, 1}));
     EXPECT_EQ(rowOf(result, 0), (std::vector<int>{9, 9, 9, 9, 9}));
     for (const int y : {1, 2, 3}) EXPECT_EQ(rowOf(result, y), (std::vector<int>{9, 9, 0, 9, 9}));
     EXPECT_EQ(rowOf(result, 4), (std::vector<int>{9, 9, 9, 9, 9}));
