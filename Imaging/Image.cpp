@@ -1,6 +1,5 @@
 #include "Imaging/Image.h"
 
-#include "Imaging/Archive/ArchiveClasses.h"
 #include "Imaging/CachedImage.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/Exception.h"
@@ -20,9 +19,6 @@ namespace Imaging {
 using Platform::NSException;
 
 namespace {
-
-// Here, since whoever archives or draws a graph links this file.
-[[maybe_unused]] const bool classesRegistered = (registerArchiveClasses(), true);
 
 void needSource(const std::shared_ptr<IMGImage>& source) {
     if (source == nullptr) throw NSException(Platform::NSInvalidArgumentException, "a source cannot be null");

@@ -1,6 +1,5 @@
 #include "Imaging/Kernel.h"
 
-#include "Imaging/Archive/ArchiveClasses.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/LocalizedString.h"
 #include "Platform/Pixels/PixelBuffer.h"
@@ -17,9 +16,6 @@ namespace Imaging {
 using Platform::NSException;
 
 namespace {
-
-// Here, since whoever archives a kernel links this file.
-[[maybe_unused]] const bool classesRegistered = (registerArchiveClasses(), true);
 
 constexpr double unity = 4096; // what the taps of a Gaussian bell sum to, before they are truncated
 

@@ -11,6 +11,12 @@ target_include_directories(Imaging PUBLIC
   "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
   "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/imaging>")
 target_link_libraries(Imaging PRIVATE ${IMAGING_LINK_LIBRARIES})
+# Nothing refers to the list of the classes that archives name (Imaging/Archive), so whoever links an archive of
+# objects asks for it by its symbol. A shared library has it anyhow.
+set(IMAGING_NEEDED_SYMBOLS "-Wl,-u,imaging_archive_classes")
+if(NOT BUILD_SHARED_LIBS)
+  target_link_options(Imaging INTERFACE "${IMAGING_NEEDED_SYMBOLS}")
+endif()
 set_target_properties(Imaging PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 LINKER_LANGUAGE CXX)
 
 install(TARGETS Imaging EXPORT ImagingTargets
@@ -32,6 +38,23 @@ write_basic_package_version_file(ImagingConfigVersion.cmake COMPATIBILITY SameMi
 install(FILES "${PROJECT_BINARY_DIR}/ImagingConfig.cmake" "${PROJECT_BINARY_DIR}/ImagingConfigVersion.cmake"
   DESTINATION "${package_folder}")
 
+# A program with the static library links what that was built on, by its shared libraries, without asking pkg-config
+# for --static: that would ask for archives of all that lies below them, which Debian does not have.
+set(IMAGING_PC_PACKAGES "cairo pangocairo fontconfig libjpeg libpng libtiff-4 lcms2 libexif libplist-2.0 libhwy \
+libwebp libwebpdemux libopenjp2 polyclipping libcurl")
+if(IMAGING_WITH_HEIF)
+  string(APPEND IMAGING_PC_PACKAGES " libheif")
+endif()
+if(IMAGING_WITH_JXL)
+  string(APPEND IMAGING_PC_PACKAGES " libjxl")
+endif()
+if(BUILD_SHARED_LIBS)
+  set(IMAGING_PC_REQUIRES "Requires.private")
+  set(IMAGING_PC_LIBS "-lImaging")
+else()
+  set(IMAGING_PC_REQUIRES "Requires")
+  set(IMAGING_PC_LIBS "${IMAGING_NEEDED_SYMBOLS} -lImaging -lgif -pthread")
+endif()
 configure_file(cmake/imaging.pc.in imaging.pc @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/imaging.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
@@ -40,5 +63,6 @@ if(IMAGING_BUILD_TESTS OR IMAGING_BUILD_BENCHMARKS)
   target_compile_features(ImagingInternal PUBLIC cxx_std_20)
   target_include_directories(ImagingInternal PUBLIC "${PROJECT_SOURCE_DIR}")
   target_link_libraries(ImagingInternal PUBLIC ${IMAGING_LINK_LIBRARIES})
+  target_link_options(ImagingInternal INTERFACE "${IMAGING_NEEDED_SYMBOLS}")
   set_target_properties(ImagingInternal PROPERTIES LINKER_LANGUAGE CXX)
 endif()

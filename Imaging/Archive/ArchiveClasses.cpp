@@ -1,4 +1,6 @@
-#include "Imaging/Archive/ArchiveClasses.h"
+// The node classes of the library under the names that archives know them by, made known to unarchivers
+// before main runs. This is the one place that knows every class, and no other part of the library knows it:
+// the linker takes it in by the symbol below.
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
@@ -15,7 +17,10 @@
 
 namespace Imaging {
 
-void registerArchiveClasses() {
+namespace {
+
+/// One list instead of a static object in each class's own file, so that a program knows all of them or none.
+bool registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGImage> image("IMGImage");
     const Platform::NSArchivableClass<IMGImageFromNSImage> picture("IMGImageFromNSImage");
     const Platform::NSArchivableClass<IMGColorTransformOp> colorTransform("IMGColorTransformOp");
@@ -37,6 +42,18 @@ void registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGDissolveTransitionOp> dissolve("IMGDissolveTransitionOp");
     const Platform::NSArchivableClass<IMGSpinTransitionOp> spin("IMGSpinTransitionOp");
     const Platform::NSArchivableClass<IMGCubeTransitionOp> cube("IMGCubeTransitionOp");
+    return true;
 }
 
+} // namespace
+
 } // namespace Imaging
+
+extern "C" {
+
+/// What programs with the static library ask the linker for, since nothing refers to this file: the package's
+/// link options say -u with this name (see cmake/ImagingLibrary.cmake). The shared library has the file
+/// anyhow.
+extern const bool imaging_archive_classes;
+const bool imaging_archive_classes = Imaging::registerArchiveClasses();
+}

@@ -1,8 +1,10 @@
-// Draws a node into a picture and checks a pixel, and sees that the library finds its resources in the folder
-// that is given, with the installed library and headers alone.
+// Draws a node into a picture and checks a pixel, takes a graph of several classes through an archive, and
+// sees that the library finds its resources in the folder that is given, with the installed library and
+// headers alone.
 
 #include <Imaging/Imaging.h>
 #include <Platform/Foundation/Exception.h>
+#include <Platform/Foundation/KeyedArchiver.h>
 #include <Platform/Foundation/Resources.h>
 #include <Platform/Graphics/GraphicsContext.h>
 
@@ -28,6 +30,43 @@ bool findsResourcesIn(const std::string& folder) {
     }
 }
 
+/// The class names of a graph, depth first.
+std::string classesOf(const Imaging::IMGImage& node) {
+    std::string names = node.archiveClassName();
+    for (const auto& source : node.sources()) names += " " + classesOf(*source);
+    return names;
+}
+
+/// A canvas with a crop of the picture, turned and made brighter, and a dissolve of it and nothing.
+std::shared_ptr<Imaging::IMGImage> graphOver(const std::shared_ptr<Imaging::IMGImage>& picture) {
+    using namespace Imaging;
+    const auto brighter = IMGColorTransformOp::colorTransformWithSourceImage(picture, 1, 1, 2, 1);
+    const auto turned = IMGTransposeOp::transposeOfType(ROTATE_180, brighter);
+    const auto crop = IMGCropAndScale::cropWithSourceImage(turned, NSMakeRect(0, 0, 2, 1), NSMakeSize(4, 2),
+                                                           SCALE_TO_FILL, true);
+    const auto nothing = IMGNullGenerator::generatorWithSize(NSMakeSize(3, 3));
+    const auto both =
+        IMGDissolveTransitionOp::transitionWithFromImage(picture, nothing, NSMakeSize(3, 3), 0.5F);
+    return std::make_shared<IMGCanvas>(NSMakeSize(7, 5), IMGImage::Sources{crop, both});
+}
+
+/// Whether a graph comes back from an archive as it was, which it does only where all classes are known.
+bool comesBackFromArchive(const std::shared_ptr<Imaging::IMGImage>& picture) {
+    const std::string expected =
+        "IMGCanvas IMGCropAndScale IMGTransposeOp IMGColorTransformOp IMGImageFromNSImage "
+        "IMGDissolveTransitionOp IMGImageFromNSImage IMGNullGenerator";
+    try {
+        const auto node =
+            unarchiveObjectOfClass<Imaging::IMGImage>(archivedDataWithRootObject(*graphOver(picture)));
+        std::printf("archived: %s\n", classesOf(*node).c_str());
+        return classesOf(*node) == expected && NSEqualSizes(node->imageSize(), NSMakeSize(7, 5)) &&
+               node->sourceAtIndex(0)->sourceAtIndex(0)->imageSize().width == 2;
+    } catch (const NSException& exception) {
+        std::printf("%s\n", exception.what());
+        return false;
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -39,6 +78,7 @@ int main(int argc, char** argv) {
         NSRectFill(NSMakeRect(0, 1, 2, 1)); // the upper half
     }
     const auto node = Imaging::imagingImage(tile);
+    if (!comesBackFromArchive(node)) return 1;
     const auto data = node->representationUsingType(NSPNGFileType, {});
     const auto bitmap = data.has_value() ? NSBitmapImageRep::imageRepWithData(*data) : nullptr;
     if (bitmap == nullptr) return 1;
