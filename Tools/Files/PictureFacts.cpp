@@ -3,9 +3,9 @@
 #include "Platform/Codecs/CodecRegistry.h"
 #include "Platform/Codecs/ColorProfileName.h"
 #include "Platform/Foundation/KeyedArchiver.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
-#include "Tools/Pictures/Graph.h"
 
 #include <nlohmann/json.hpp>
 
