@@ -2,8 +2,10 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Appearance.h"
+#include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/Cairo/Compositing.h"
+#include "Platform/Painter/ColorSampler.h"
 #include "Platform/Painter/Painter.h"
 
 #include <algorithm>
@@ -132,8 +134,8 @@ void NSGraphicsContext::fillShape(const NSBezierPath& path, NSCompositingOperati
     cairo_new_path(m_cairo);
     appendPath(m_cairo, path);
     setFillRule(m_cairo, path.windingRule());
-    const std::optional<PixelTarget> target = PixelTarget::ofContext(m_cairo);
-    if (!target.has_value() && operation == NSCompositeSourceOver) {
+    const std::optional<CairoPixels> pixels = CairoPixels::ofContext(m_cairo);
+    if (!pixels.has_value() && operation == NSCompositeSourceOver) {
         // A path stays one on pages then. As a clip it would lose the even-odd rule in Cairo's SVGs.
         setSource(m_cairo, m_state.color);
         cairo_fill(m_cairo);
@@ -142,9 +144,11 @@ void NSGraphicsContext::fillShape(const NSBezierPath& path, NSCompositingOperati
         return;
     }
     cairo_clip(m_cairo);
-    if (target.has_value()) {
+    if (pixels.has_value()) {
         const auto sampler = makeColorSampler(premultipliedWord(m_state.color));
-        paint(*target, ClipCoverage(m_cairo, *target), *sampler, operation, 1.0);
+        const ClipCoverage clip(m_cairo, *pixels);
+        paint(pixels->target(), clip.coverage(), *sampler, operation, 1.0);
+        pixels->markDirty(clip.area());
     } else {
         compositeClipArea(m_cairo, operation, 1.0,
                           [this](cairo_t* context) { setSource(context, m_state.color); });

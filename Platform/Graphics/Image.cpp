@@ -6,6 +6,8 @@
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Platform/Graphics/Pictures/BitmapRows.h"
+#include "Platform/Graphics/Pictures/CachedImageRep.h"
+#include "Platform/Graphics/Pictures/DrawablePicture.h"
 #include "Platform/Graphics/Pictures/PictureDrawing.h"
 #include "Platform/Pixels/PictureLimits.h"
 

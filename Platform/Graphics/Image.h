@@ -5,6 +5,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Foundation/URL.h"
+#include "Platform/Graphics/PictureMemory.h"
 #include "Platform/Pixels/CompositingOperation.h"
 
 #include <memory>
@@ -149,11 +150,6 @@ private:
     bool m_scales_when_resized = false;
     bool m_data_retained = false;
 };
-
-/// Takes back the memory of all pictures that can be made again: ready-to-draw copies of bitmaps, and halved
-/// levels. The next draw of a picture makes anew what it needs. Safe from any thread at any time; drawing
-/// that runs out of memory calls it by itself.
-IMAGING_EXPORT void releasePictureMemory();
 
 /// Holds a picture's focus for a scope, and gives it back on the way out of an exception too.
 class IMAGING_EXPORT NSImageFocus {

@@ -1,4 +1,8 @@
-#include "Platform/Painter/PictureSamplers.h"
+// Any other transform: the picture is followed along each device row and interpolated bilinearly, several
+// times a pixel where it is reduced.
+
+#include "Platform/Painter/AffineSampler.h"
+
 #include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>
@@ -18,7 +22,7 @@ struct Point {
 
 class AffineReader : public RowReader {
 public:
-    AffineReader(const PixelImage& image, const cairo_matrix_t& inverse, int across, int down)
+    AffineReader(const PixelImage& image, const Affine& inverse, int across, int down)
         : m_image(image), m_inverse(inverse), m_across(across), m_down(down) {}
 
     const std::uint32_t* read(int x, int y, int count, std::uint32_t* words) override {
@@ -134,7 +138,7 @@ private:
     }
 
     const PixelImage& m_image;
-    cairo_matrix_t m_inverse;
+    Affine m_inverse;
     int m_across;
     int m_down;
     Squares m_squares{};

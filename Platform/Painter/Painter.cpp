@@ -1,8 +1,12 @@
+// Goes over the rows of an area on all cores: what is not covered is passed over, what is covered wholly is
+// read straight into its place where that is all there is to do, and everything else is blended.
+
 #include "Platform/Painter/Painter.h"
 
 #include "Platform/Painter/Blending.h"
 #include "Platform/Pixels/CompositingOperation.h"
 #include "Platform/Pixels/Rows/ParallelRows.h"
+#include "Platform/Pixels/Rows/PixelImage.h"
 
 #include <algorithm>
 #include <array>
@@ -42,8 +46,8 @@ const std::uint8_t* startOfLastZeros(const std::uint8_t* first, const std::uint8
 /// Paints the rows of one band.
 class RowPainter {
 public:
-    RowPainter(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler,
-               const Blend& blend, const ClipCoverage* within)
+    RowPainter(const PixelTarget& target, const Coverage& coverage, const RowSampler& sampler,
+               const Blend& blend, const Coverage* within)
         : m_target(target),
           m_coverage(coverage),
           m_reader(sampler.reader()),
@@ -52,7 +56,7 @@ public:
           m_replaces(replaces(sampler, blend, within)) {}
 
     void paintRow(int y) {
-        const PixelRect area = m_coverage.area();
+        const PixelRect area = m_coverage.area;
         const std::uint8_t* const covers = m_coverage.row(y);
         if (covers == nullptr) {
             const int most = mostAtOnce();
@@ -70,7 +74,7 @@ public:
 
 private:
     /// Whether covered pixels simply become the sampler's.
-    static bool replaces(const RowSampler& sampler, const Blend& blend, const ClipCoverage* within) {
+    static bool replaces(const RowSampler& sampler, const Blend& blend, const Coverage* within) {
         if (blend.fraction != Blend::one || within != nullptr) return false;
         if (blend.operation == NSCompositeCopy) return true;
         return sampler.isOpaque() &&
@@ -110,7 +114,7 @@ private:
     /// The words in proportion to how far each pixel lies within the picture.
     const std::uint32_t* limited(const std::uint32_t* words, int x, int y, int count) {
         m_limited.fill(0);
-        const PixelRect area = m_within->area();
+        const PixelRect area = m_within->area;
         const int first = std::max(x, area.left);
         const int end = std::min(x + count, area.right);
         if (y >= area.top && y < area.bottom && first < end) {
@@ -123,10 +127,10 @@ private:
     }
 
     const PixelTarget& m_target;
-    const ClipCoverage& m_coverage;
+    const Coverage& m_coverage;
     std::unique_ptr<RowReader> m_reader;
     Blend m_blend;
-    const ClipCoverage* m_within;
+    const Coverage* m_within;
     bool m_replaces;
     std::array<std::uint32_t, atOnce> m_words;
     std::array<std::uint32_t, atOnce> m_limited;
@@ -134,18 +138,17 @@ private:
 
 } // namespace
 
-void paint(const PixelTarget& target, const ClipCoverage& coverage, const RowSampler& sampler,
-           NSCompositingOperation operation, double fraction, const ClipCoverage* within) {
-    const PixelRect area = coverage.area();
+void paint(const PixelTarget& target, const Coverage& coverage, const RowSampler& sampler,
+           NSCompositingOperation operation, double fraction, const Coverage* within) {
+    const PixelRect area = coverage.area;
     if (area.isEmpty()) return;
-    const Blend blend{operation, blendFraction(fraction), target.isOpaque()};
+    const Blend blend{operation, blendFraction(fraction), target.opaque};
     forEachRowBand(area.height(), minimumRowsPerBand(area.width()),
                    [&](std::int64_t first, std::int64_t end) {
                        RowPainter painter(target, coverage, sampler, blend, within);
                        for (std::int64_t y = first; y < end; ++y)
                            painter.paintRow(area.top + static_cast<int>(y));
                    });
-    target.markDirty(area);
 }
 
 } // namespace Imaging::Platform

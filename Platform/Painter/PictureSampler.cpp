@@ -1,37 +1,20 @@
+// Chooses the level of a picture and the kind of sampler for a placement: the cheapest kind that gives what
+// the placement asks for.
+
 #include "Platform/Painter/PictureSampler.h"
 
-#include "Platform/Painter/PictureSamplers.h"
+#include "Platform/Painter/AffineSampler.h"
+#include "Platform/Painter/ScaledSampler.h"
+#include "Platform/Painter/ShiftedSampler.h"
+#include "Platform/Painter/WholePixelSampler.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace Imaging::Platform {
 
 namespace {
-
-class ColorReader : public RowReader {
-public:
-    explicit ColorReader(std::uint32_t word) : m_word(word) {}
-
-    const std::uint32_t* read(int, int, int count, std::uint32_t* words) override {
-        std::fill_n(words, count, m_word);
-        return words;
-    }
-
-private:
-    std::uint32_t m_word;
-};
-
-class ColorSampler : public RowSampler {
-public:
-    explicit ColorSampler(std::uint32_t word) : m_word(word) {}
-
-    bool isOpaque() const override { return m_word >> 24 == 255; }
-    std::unique_ptr<RowReader> reader() const override { return std::make_unique<ColorReader>(m_word); }
-
-private:
-    std::uint32_t m_word;
-};
 
 /// The most samples along an axis that are averaged to one device pixel.
 constexpr int mostSamples = 16;
@@ -41,7 +24,7 @@ struct Steps {
     double across;
     double down;
 
-    explicit Steps(const cairo_matrix_t& inverse)
+    explicit Steps(const Affine& inverse)
         : across(std::hypot(inverse.xx, inverse.yx)), down(std::hypot(inverse.xy, inverse.yy)) {}
 };
 
@@ -59,20 +42,18 @@ int finerHalvings(double step, int most) {
 }
 
 /// The inverse for a picture that was halved.
-void halve(cairo_matrix_t& inverse, bool acrossX, bool acrossY) {
-    cairo_matrix_t half;
-    cairo_matrix_init_scale(&half, acrossX ? 0.5 : 1, acrossY ? 0.5 : 1);
-    cairo_matrix_multiply(&inverse, &inverse, &half);
+Affine halved(const Affine& inverse, bool acrossX, bool acrossY) {
+    return inverse.then(Affine::scaling(acrossX ? 0.5 : 1, acrossY ? 0.5 : 1));
 }
 
-PlacedLevel placedLevel(DrawablePicture& picture, const cairo_matrix_t& inverse, int k) {
+PlacedLevel placedLevel(PictureLevels& picture, const Affine& inverse, int k) {
     PlacedLevel level{picture.level(k), inverse, picture.isOpaque()};
-    for (int i = 0; i < k; ++i) halve(level.inverse, true, true);
+    for (int i = 0; i < k; ++i) level.inverse = halved(level.inverse, true, true);
     return level;
 }
 
 /// Whether there is neither rotation nor slant, as far as can be seen within an area.
-bool isAlongAxes(const cairo_matrix_t& inverse, PixelRect area) {
+bool isAlongAxes(const Affine& inverse, PixelRect area) {
     constexpr double invisible = 1.0 / 1024;
     return std::abs(inverse.xy) * area.height() <= invisible &&
            std::abs(inverse.yx) * area.width() <= invisible;
@@ -82,11 +63,11 @@ bool isAlongAxes(const cairo_matrix_t& inverse, PixelRect area) {
 std::unique_ptr<RowSampler> scaledSampler(PlacedLevel level, PixelRect area) {
     while (std::abs(level.inverse.xx) > maximumScaledStep && level.image->width() > 1) {
         level.image = halved(*level.image, true, false);
-        halve(level.inverse, true, false);
+        level.inverse = halved(level.inverse, true, false);
     }
     while (std::abs(level.inverse.yy) > maximumScaledStep && level.image->height() > 1) {
         level.image = halved(*level.image, false, true);
-        halve(level.inverse, false, true);
+        level.inverse = halved(level.inverse, false, true);
     }
     return makeScaledSampler(level, area);
 }
@@ -100,13 +81,8 @@ std::unique_ptr<RowSampler> affineSampler(const PlacedLevel& level) {
     return makeAffineSampler(level, samples(steps.across), samples(steps.down));
 }
 
-bool isFinite(const cairo_matrix_t& m) {
-    return std::isfinite(m.xx) && std::isfinite(m.yx) && std::isfinite(m.xy) && std::isfinite(m.yy) &&
-           std::isfinite(m.x0) && std::isfinite(m.y0);
-}
-
 /// Whether the picture keeps some of its shape: beyond this, coordinates say nothing any more.
-bool isDrawnOut(const cairo_matrix_t& inverse, const Steps& steps) {
+bool isDrawnOut(const Affine& inverse, const Steps& steps) {
     constexpr double farthest = 1e12;
     const double area = std::abs(inverse.xx * inverse.yy - inverse.xy * inverse.yx);
     return !((steps.across * steps.across + steps.down * steps.down) / area <= farthest);
@@ -114,16 +90,12 @@ bool isDrawnOut(const cairo_matrix_t& inverse, const Steps& steps) {
 
 } // namespace
 
-std::unique_ptr<RowSampler> makeColorSampler(std::uint32_t word) {
-    return std::make_unique<ColorSampler>(word);
-}
-
-std::unique_ptr<RowSampler> makePictureSampler(DrawablePicture& picture, const cairo_matrix_t& placement,
+std::unique_ptr<RowSampler> makePictureSampler(PictureLevels& picture, const Affine& placement,
                                                PixelRect area) {
-    cairo_matrix_t inverse = placement;
-    if (area.isEmpty() || cairo_matrix_invert(&inverse) != CAIRO_STATUS_SUCCESS || !isFinite(inverse)) {
-        return nullptr;
-    }
+    if (area.isEmpty()) return nullptr;
+    const std::optional<Affine> back = placement.inverse();
+    if (!back.has_value() || !back->isFinite()) return nullptr;
+    const Affine& inverse = *back;
     const Steps steps(inverse);
     if (isDrawnOut(inverse, steps)) return nullptr;
     const bool straight = isAlongAxes(inverse, area);

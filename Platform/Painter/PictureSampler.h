@@ -2,49 +2,14 @@
 
 // Internal: a picture under a transform, read as rows of device pixels. Not installed.
 
-#include "Platform/Painter/DrawablePicture.h"
+#include "Platform/Painter/Affine.h"
+#include "Platform/Painter/PictureLevels.h"
+#include "Platform/Painter/PixelRect.h"
+#include "Platform/Painter/RowSampler.h"
 
-#include <cairo.h>
-#include <cstdint>
 #include <memory>
 
 namespace Imaging::Platform {
-
-/// Pixels of a device from (left, top) up to but without (right, bottom), y downward.
-struct PixelRect {
-    int left = 0;
-    int top = 0;
-    int right = 0;
-    int bottom = 0;
-
-    int width() const { return right - left; }
-    int height() const { return bottom - top; }
-    bool isEmpty() const { return left >= right || top >= bottom; }
-};
-
-/// Reads rows for one thread. It may remember what it needs for the rows that follow.
-class RowReader {
-public:
-    virtual ~RowReader() = default;
-
-    /// `count` pixels of device row y from x on, all within the sampler's area: `words` filled with them, or
-    /// the place where they stand anyway, which is valid until the next call.
-    virtual const std::uint32_t* read(int x, int y, int count, std::uint32_t* words) = 0;
-};
-
-/// What is painted: premultiplied words for every pixel of an area of the device. A sampler does not change,
-/// and its readers may be used by different threads at a time.
-class RowSampler {
-public:
-    virtual ~RowSampler() = default;
-
-    /// Whether every pixel is known to be opaque.
-    virtual bool isOpaque() const = 0;
-    virtual std::unique_ptr<RowReader> reader() const = 0;
-};
-
-/// One colour everywhere.
-std::unique_ptr<RowSampler> makeColorSampler(std::uint32_t word);
 
 /// A picture's pixels under `placement`, which maps them (0 to width and height, y downward) to device
 /// pixels, sampled for the pixels of `area` at their centres. Beyond the picture's edges its outermost pixels
@@ -59,7 +24,7 @@ std::unique_ptr<RowSampler> makeColorSampler(std::uint32_t word);
 ///
 /// Null when the transform has no inverse or draws the picture out so far in one direction against the other
 /// that coordinates lose their meaning. Throws like PixelImage::transparent when a level cannot be made.
-std::unique_ptr<RowSampler> makePictureSampler(DrawablePicture& picture, const cairo_matrix_t& placement,
+std::unique_ptr<RowSampler> makePictureSampler(PictureLevels& picture, const Affine& placement,
                                                PixelRect area);
 
 } // namespace Imaging::Platform

@@ -1,4 +1,8 @@
-#include "Platform/Painter/PictureSamplers.h"
+// Scalings along the axes: each device pixel is the exact mean of the area that falls on it, or lies between
+// its neighbours. Rows are mixed first, then their columns.
+
+#include "Platform/Painter/ScaledSampler.h"
+
 #include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>
@@ -91,11 +95,11 @@ std::vector<std::int16_t> spreadFactors(const AxisMix& mix) {
 }
 
 /// Where the axes begin; what there may be of a slant, too little to be seen, is taken at the area's middle.
-double columnOffset(const cairo_matrix_t& inverse, PixelRect area) {
+double columnOffset(const Affine& inverse, PixelRect area) {
     return inverse.x0 + inverse.xy * (area.top + area.bottom) / 2;
 }
 
-double rowOffset(const cairo_matrix_t& inverse, PixelRect area) {
+double rowOffset(const Affine& inverse, PixelRect area) {
     return inverse.y0 + inverse.yx * (area.left + area.right) / 2;
 }
 

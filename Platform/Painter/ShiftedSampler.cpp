@@ -1,4 +1,7 @@
-#include "Platform/Painter/PictureSamplers.h"
+// Moves by parts of a pixel: every device pixel mixes the same four neighbours by the same factors.
+
+#include "Platform/Painter/ShiftedSampler.h"
+
 #include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>
@@ -86,7 +89,7 @@ private:
 
 /// Whether neighbouring device pixels show neighbouring pixels, as far as can be seen within an area. Cairo
 /// knows places to 1/256 of a pixel, so this comes to a fraction of that.
-bool onlyMoves(const cairo_matrix_t& inverse, PixelRect area) {
+bool onlyMoves(const Affine& inverse, PixelRect area) {
     constexpr double invisible = 1.0 / 1024;
     const double length =
         std::max({std::abs(area.left), std::abs(area.right), std::abs(area.top), std::abs(area.bottom)});
@@ -98,7 +101,7 @@ bool onlyMoves(const cairo_matrix_t& inverse, PixelRect area) {
 
 std::unique_ptr<RowSampler> makeShiftedSampler(const PlacedLevel& level, PixelRect area) {
     constexpr double farthest = 1e9;
-    const cairo_matrix_t& inverse = level.inverse;
+    const Affine& inverse = level.inverse;
     if (!onlyMoves(inverse, area) || !(std::abs(inverse.x0) < farthest) ||
         !(std::abs(inverse.y0) < farthest)) {
         return nullptr;

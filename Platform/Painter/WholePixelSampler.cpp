@@ -1,4 +1,7 @@
-#include "Platform/Painter/PictureSamplers.h"
+// Pixels that are only put into other places: moves by whole pixels, flips and quarter turns. Each device
+// pixel is one of the picture, so nothing is rounded.
+
+#include "Platform/Painter/WholePixelSampler.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +29,7 @@ std::optional<int> wholeFactor(double factor, double length) {
     return static_cast<int>(nearest);
 }
 
-std::optional<WholeMap> wholeMap(const cairo_matrix_t& inverse, PixelRect area) {
+std::optional<WholeMap> wholeMap(const Affine& inverse, PixelRect area) {
     const double length =
         std::max({std::abs(area.left), std::abs(area.right), std::abs(area.top), std::abs(area.bottom)});
     const auto xx = wholeFactor(inverse.xx, length);

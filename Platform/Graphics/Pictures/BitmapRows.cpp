@@ -1,5 +1,6 @@
 #include "Platform/Graphics/Pictures/BitmapRows.h"
 
+#include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
 
 #include <algorithm>

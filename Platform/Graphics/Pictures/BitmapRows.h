@@ -2,13 +2,15 @@
 
 // Internal: bitmaps as the painter reads them. Not installed.
 
-#include "Platform/Painter/DrawablePicture.h"
+#include "Platform/Painter/PictureRows.h"
 #include "Platform/Pixels/Rows/ColorConversion.h"
 #include "Platform/Pixels/Rows/PixelLayout.h"
 
 #include <memory>
 
 namespace Imaging::Platform {
+
+class NSBitmapImageRep;
 
 /// A bitmap, read in place: its pixels must stay as they are for as long as this is read. Colours are
 /// converted from the bitmap's profile to sRGB; without a profile, or with one that does not fit the bitmap's

@@ -1,9 +1,15 @@
+// Works out where a picture comes to lie and has it drawn: by the painter onto pixels, by Cairo elsewhere.
+
 #include "Platform/Graphics/Pictures/PictureDrawing.h"
 
+#include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Platform/Graphics/Image.h"
+#include "Platform/Graphics/PictureMemory.h"
+#include "Platform/Graphics/Pictures/CairoPictures.h"
+#include "Platform/Painter/ColorSampler.h"
 #include "Platform/Painter/Painter.h"
+#include "Platform/Painter/PictureSampler.h"
 
 #include <cmath>
 #include <new>
@@ -47,8 +53,8 @@ bool reachesOver(const DrawablePicture& picture, NSRect source) {
 
 /// Whether the context draws onto the picture's own pixels, which then would be read while being written.
 bool drawsOnto(cairo_t* cairo, const DrawablePicture& picture) {
-    const auto target = PixelTarget::ofContext(cairo);
-    return target.has_value() && picture.holds(target->row(0));
+    const auto pixels = CairoPixels::ofContext(cairo);
+    return pixels.has_value() && picture.holds(pixels->target().row(0));
 }
 
 void clipToPicture(cairo_t* cairo, const PlacedPicture& placed) {
@@ -63,7 +69,7 @@ void clipToPicture(cairo_t* cairo, const PlacedPicture& placed) {
 
 void drawClipped(cairo_t* cairo, const PlacedPicture& placed, NSCompositingOperation operation,
                  double fraction) {
-    if (PixelTarget::ofContext(cairo).has_value()) {
+    if (CairoPixels::ofContext(cairo).has_value()) {
         drawByPainter(cairo, placed, operation, fraction);
     } else {
         drawByCairo(cairo, placed, operation, fraction);
@@ -74,20 +80,22 @@ void drawClipped(cairo_t* cairo, const PlacedPicture& placed, NSCompositingOpera
 
 void drawByPainter(cairo_t* context, const PlacedPicture& placed, NSCompositingOperation operation,
                    double fraction) {
-    const PixelTarget target = PixelTarget::ofContext(context).value();
-    const ClipCoverage coverage(context, target);
-    if (coverage.area().isEmpty()) return;
-    const auto sampler = makePictureSampler(placed.picture, target.toPixels(placed.matrix), coverage.area());
+    const CairoPixels pixels = CairoPixels::ofContext(context).value();
+    const ClipCoverage clip(context, pixels);
+    if (clip.area().isEmpty()) return;
+    const PixelTarget& target = pixels.target();
+    const auto sampler = makePictureSampler(placed.picture, pixels.toPixels(placed.matrix), clip.area());
     if (sampler != nullptr && placed.coversClip) {
-        paint(target, coverage, *sampler, operation, fraction);
+        paint(target, clip.coverage(), *sampler, operation, fraction);
     } else if (sampler != nullptr) {
         const CairoStateScope state(context);
         clipToPicture(context, placed);
-        const ClipCoverage within(context, target);
-        paint(target, coverage, *sampler, operation, fraction, &within);
+        const ClipCoverage within(context, pixels);
+        paint(target, clip.coverage(), *sampler, operation, fraction, &within.coverage());
     } else if (!placed.coversClip) {
-        paint(target, coverage, *makeColorSampler(0), operation, fraction);
+        paint(target, clip.coverage(), *makeColorSampler(0), operation, fraction);
     }
+    pixels.markDirty(clip.area());
 }
 
 void drawPicture(NSGraphicsContext& context, DrawablePicture& picture, NSRect destination, NSRect source,

@@ -3,8 +3,8 @@
 // What tests of picture drawing share: pictures that are read row by row, pixels straight from tables, and
 // exact areas.
 
+#include "Platform/Graphics/Pictures/DrawablePicture.h"
 #include "Platform/Graphics/Pictures/PictureDrawing.h"
-#include "Platform/Painter/DrawablePicture.h"
 #include "Tests/Platform/Pixels/VectorTargets.h"
 
 #include <atomic>

@@ -1,6 +1,6 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Image.h"
-#include "Platform/Painter/DrawablePicture.h"
+#include "Platform/Graphics/Pictures/CachedImageRep.h"
 #include "Tests/Platform/Pixels/BitmapLayouts.h"
 
 #include <gtest/gtest.h>

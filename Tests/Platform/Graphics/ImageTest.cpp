@@ -1,7 +1,7 @@
 #include "Platform/Graphics/Image.h"
 
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Painter/DrawablePicture.h"
+#include "Platform/Graphics/Pictures/DrawablePicture.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Platform/Pixels/BitmapLayouts.h"
 

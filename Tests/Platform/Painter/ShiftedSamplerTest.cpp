@@ -1,5 +1,6 @@
-#include "Platform/Painter/PictureSamplers.h"
+#include "Platform/Painter/ShiftedSampler.h"
 
+#include "Platform/Painter/ScaledSampler.h"
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>
@@ -20,9 +21,7 @@ PlacedLevel anyLevel(Random& random, int width, int height, double x, double y) 
             image->row(row)[column] = static_cast<std::uint32_t>(random.engine()());
         }
     }
-    PlacedLevel level{image, {}, false};
-    cairo_matrix_init_translate(&level.inverse, x, y);
-    return level;
+    return {image, Affine::translation(x, y), false};
 }
 
 std::vector<std::uint32_t> rowOf(const RowSampler& sampler, PixelRect area, int y) {

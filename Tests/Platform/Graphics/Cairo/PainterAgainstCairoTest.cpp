@@ -1,6 +1,7 @@
 // The two ways in which pictures are drawn, one against the other on the same pixels.
 
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/Pictures/CairoPictures.h"
 #include "Platform/Graphics/Pictures/PictureDrawing.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"
 

@@ -1,8 +1,8 @@
 // Pictures on the surfaces that callers draw on: without alpha, moved, scaled, parts of others, groups,
 // pages.
 
+#include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Platform/Painter/PixelTarget.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"
 
 #include <gtest/gtest.h>
@@ -197,7 +197,7 @@ TEST(PictureSurfaces, APartOfASurfaceGetsThePictureAndTheRestNothing) {
     const CairoSurface part(cairo_surface_create_for_rectangle(whole.get(), 9, 6, 24, 24));
     {
         const CairoContext cairo(cairo_create(part.get()));
-        EXPECT_FALSE(PixelTarget::ofContext(cairo.get()).has_value()); // its pixels are not to be had
+        EXPECT_FALSE(CairoPixels::ofContext(cairo.get()).has_value()); // its pixels are not to be had
         const auto context = NSGraphicsContext::graphicsContextWithCairo(cairo.get(), 24);
         drawPicture(*context, *picture, NSMakeRect(2, 3, 20, 16), picture->bounds(), NSCompositeSourceOver,
                     1);
@@ -223,15 +223,15 @@ TEST(PictureSurfaces, AGroupOnAPageIsDrawnByCairoAndOnPixelsByThePainter) {
     std::string page;
     const CairoSurface surface(cairo_pdf_surface_create_for_stream(keepBytes, &page, 24, 24));
     const CairoContext onPage(cairo_create(surface.get()));
-    EXPECT_FALSE(PixelTarget::ofContext(onPage.get()).has_value());
+    EXPECT_FALSE(CairoPixels::ofContext(onPage.get()).has_value());
     cairo_push_group(onPage.get());
-    EXPECT_FALSE(PixelTarget::ofContext(onPage.get()).has_value());
+    EXPECT_FALSE(CairoPixels::ofContext(onPage.get()).has_value());
     cairo_pattern_destroy(cairo_pop_group(onPage.get()));
     const CairoSurface image = pixels(4, 4);
     const CairoContext onPixels(cairo_create(image.get()));
-    EXPECT_TRUE(PixelTarget::ofContext(onPixels.get()).has_value());
+    EXPECT_TRUE(CairoPixels::ofContext(onPixels.get()).has_value());
     cairo_push_group(onPixels.get());
-    EXPECT_TRUE(PixelTarget::ofContext(onPixels.get()).has_value());
+    EXPECT_TRUE(CairoPixels::ofContext(onPixels.get()).has_value());
     cairo_pattern_destroy(cairo_pop_group(onPixels.get()));
 }
 
@@ -241,7 +241,7 @@ TEST(PictureSurfaces, AFinishedSurfaceIsLeftAlone) {
     const CairoContext cairo(cairo_create(image.get()));
     const auto context = NSGraphicsContext::graphicsContextWithCairo(cairo.get(), 8);
     cairo_surface_finish(image.get()); // its pixels are gone
-    EXPECT_FALSE(PixelTarget::ofContext(cairo.get()).has_value());
+    EXPECT_FALSE(CairoPixels::ofContext(cairo.get()).has_value());
     drawPicture(*context, *picture, wholeOf(8, 8), wholeOf(8, 8), NSCompositeCopy, 1);
     EXPECT_NE(cairo_surface_status(image.get()), CAIRO_STATUS_SUCCESS);
 }

@@ -1,7 +1,8 @@
-#include "Platform/Painter/DrawablePicture.h"
+// Makes the levels of pictures when they are needed, and keeps a list of all pictures, so that memory can be
+// taken back from them.
 
-#include "Platform/Graphics/Image.h"
-#include "Platform/Pixels/Memory/SpareMemory.h"
+#include "Platform/Painter/PictureLevels.h"
+
 #include "Platform/Pixels/Rows/ParallelRows.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ namespace {
 /// All pictures that there are, so that memory can be taken back from them.
 struct Pictures {
     std::mutex lock;
-    std::set<DrawablePicture*> all;
+    std::set<PictureLevels*> all;
 };
 
 Pictures& pictures() {
@@ -55,41 +56,37 @@ std::shared_ptr<PixelImage> readHalved(const PictureRows& rows) {
 
 } // namespace
 
-DrawablePicture::DrawablePicture(std::shared_ptr<const PictureRows> rows, NSRect bounds)
+PictureLevels::PictureLevels(std::shared_ptr<const PictureRows> rows)
     : m_rows(std::move(rows)),
       m_width(m_rows->width()),
       m_height(m_rows->height()),
-      m_bounds(bounds),
       m_levels(static_cast<std::size_t>(levelCount())) {
     const std::lock_guard guard(pictures().lock);
     pictures().all.insert(this);
 }
 
-DrawablePicture::DrawablePicture(std::shared_ptr<PixelImage> pixels, NSRect bounds)
-    : m_width(pixels->width()),
-      m_height(pixels->height()),
-      m_bounds(bounds),
-      m_levels(static_cast<std::size_t>(levelCount())) {
+PictureLevels::PictureLevels(std::shared_ptr<PixelImage> pixels)
+    : m_width(pixels->width()), m_height(pixels->height()), m_levels(static_cast<std::size_t>(levelCount())) {
     m_levels[0] = std::move(pixels);
     const std::lock_guard guard(pictures().lock);
     pictures().all.insert(this);
 }
 
-DrawablePicture::~DrawablePicture() {
+PictureLevels::~PictureLevels() {
     const std::lock_guard guard(pictures().lock);
     pictures().all.erase(this);
 }
 
-bool DrawablePicture::isOpaque() const {
+bool PictureLevels::isOpaque() const {
     const std::lock_guard guard(m_lock);
     return m_rows != nullptr && !m_changing && m_rows->isOpaque();
 }
 
-int DrawablePicture::levelCount() const {
+int PictureLevels::levelCount() const {
     return std::bit_width(static_cast<unsigned>(std::max(m_width, m_height) - 1)) + 1;
 }
 
-std::shared_ptr<PixelImage> DrawablePicture::madeLevel(Levels& levels, int k) const {
+std::shared_ptr<PixelImage> PictureLevels::madeLevel(Levels& levels, int k) const {
     // From the next finer one; two levels up that recursion there is a picture or its rows.
     const auto index = static_cast<std::size_t>(k);
     if (levels[index] != nullptr) return levels[index];
@@ -103,7 +100,7 @@ std::shared_ptr<PixelImage> DrawablePicture::madeLevel(Levels& levels, int k) co
     return levels[index];
 }
 
-std::shared_ptr<const PixelImage> DrawablePicture::level(int k) {
+std::shared_ptr<const PixelImage> PictureLevels::level(int k) {
     const std::lock_guard guard(m_lock);
     if (!m_changing) return madeLevel(m_levels, k);
     Levels passing(m_levels.size());
@@ -111,18 +108,18 @@ std::shared_ptr<const PixelImage> DrawablePicture::level(int k) {
     return madeLevel(passing, k);
 }
 
-std::shared_ptr<PixelImage> DrawablePicture::pixels() {
+std::shared_ptr<PixelImage> PictureLevels::pixels() {
     const std::lock_guard guard(m_lock);
     return madeLevel(m_levels, 0);
 }
 
-void DrawablePicture::beginChanges() {
+void PictureLevels::beginChanges() {
     const std::lock_guard guard(m_lock);
     madeLevel(m_levels, 0);
     m_changing = true;
 }
 
-void DrawablePicture::endChanges(bool changed) {
+void PictureLevels::endChanges(bool changed) {
     const std::lock_guard guard(m_lock);
     m_changing = false;
     if (!changed) return;
@@ -130,41 +127,29 @@ void DrawablePicture::endChanges(bool changed) {
     m_rows = nullptr;
 }
 
-bool DrawablePicture::holds(const std::uint32_t* word) const {
+bool PictureLevels::holds(const std::uint32_t* word) const {
     const std::lock_guard guard(m_lock);
     return m_levels[0] != nullptr && m_levels[0]->row(0) == word;
 }
 
-std::shared_ptr<DrawablePicture> DrawablePicture::copy() {
+std::shared_ptr<PixelImage> PictureLevels::copiedPixels() {
     const std::shared_ptr<const PixelImage> from = level(0);
     std::shared_ptr<PixelImage> to = PixelImage::uninitialised(m_width, m_height);
     for (int y = 0; y < m_height; ++y) {
         std::memcpy(to->row(y), from->row(y), static_cast<std::size_t>(m_width) * sizeof(std::uint32_t));
     }
-    return std::make_shared<DrawablePicture>(std::move(to), m_bounds);
+    return to;
 }
 
-std::shared_ptr<DrawablePicture> DrawablePicture::withBounds(NSRect bounds) {
-    return std::make_shared<DrawablePicture>(pixels(), bounds);
-}
-
-void DrawablePicture::letGo() {
+void PictureLevels::letGo() {
     const std::lock_guard guard(m_lock);
     const bool keepsPixels = m_rows == nullptr || m_changing;
     std::fill(m_levels.begin() + (keepsPixels ? 1 : 0), m_levels.end(), nullptr);
 }
 
-NSCachedImageRep::NSCachedImageRep(std::shared_ptr<DrawablePicture> picture)
-    : NSImageRep(picture->width(), picture->height()), m_picture(std::move(picture)) {
-    setSize(m_picture->bounds().size);
-}
-
-NSCachedImageRep::~NSCachedImageRep() = default;
-
-void releasePictureMemory() {
+void PictureLevels::letGoOfAll() {
     const std::lock_guard guard(pictures().lock);
-    for (DrawablePicture* const picture : pictures().all) picture->letGo();
-    releaseSpareMemory();
+    for (PictureLevels* const picture : pictures().all) picture->letGo();
 }
 
 } // namespace Imaging::Platform

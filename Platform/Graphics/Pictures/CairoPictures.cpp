@@ -1,6 +1,10 @@
+// Hands Cairo a level of the picture that is small enough for its own averaging, and has it composed with the
+// clip area.
+
+#include "Platform/Graphics/Pictures/CairoPictures.h"
+
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/Cairo/Compositing.h"
-#include "Platform/Graphics/Pictures/PictureDrawing.h"
 
 #include <algorithm>
 #include <cmath>

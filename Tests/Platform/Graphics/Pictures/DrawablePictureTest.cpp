@@ -1,4 +1,4 @@
-#include "Platform/Painter/DrawablePicture.h"
+#include "Platform/Graphics/Pictures/DrawablePicture.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/GraphicsContext.h"

@@ -2,8 +2,7 @@
 
 // Internal: the ready-to-draw form of a picture. Not installed.
 
-#include "Platform/Foundation/Geometry.h"
-#include "Platform/Graphics/BitmapImageRep.h"
+#include "Platform/Painter/PictureRows.h"
 #include "Platform/Pixels/Rows/PixelImage.h"
 
 #include <memory>
@@ -12,47 +11,29 @@
 
 namespace Imaging::Platform {
 
-/// Something that is read row by row as premultiplied words in the sRGB colour space. It can be read from
-/// several threads at a time.
-class PictureRows {
-public:
-    virtual ~PictureRows() = default;
-
-    virtual int width() const = 0;
-    virtual int height() const = 0;
-
-    /// Whether every pixel is known to be opaque.
-    virtual bool isOpaque() const = 0;
-
-    /// Row y, counted from the top, into `width` words.
-    virtual void read(int y, std::uint32_t* words) const = 0;
-};
-
-/// Pixels that cover `bounds` of a picture's own space, and halves of them for drawing the picture small. The
-/// pixels' rows run downward, the space's y axis upward, so the first row lies at the top of the bounds.
+/// The pixels of a picture, rows downward, and halves of them for drawing the picture small.
 ///
 /// Level 0 holds all pixels, level k a quarter as many as level k − 1. A picture that is made of rows holds
 /// none at first: each level is made when it is first needed, straight from the rows where no finer one is
 /// there, so that a photograph that is only ever drawn small never exists a second time at full size.
 ///
 /// Memory: 4 bytes a pixel of each level made, which all together comes to 16/3 bytes a pixel of the picture
-/// (8 where it is a single row or column). Levels are kept until `letGo`, which a picture's `recache` and
-/// `releasePictureMemory` lead to.
+/// (8 where it is a single row or column). Levels are kept until `letGo` or `letGoOfAll`.
 ///
-/// `level` and `letGo` may be called from any threads; what `level` gives stays valid for who holds it.
-class DrawablePicture {
+/// `level`, `letGo` and `letGoOfAll` may be called from any threads; what `level` gives stays valid for who
+/// holds it.
+class PictureLevels {
 public:
-    DrawablePicture(std::shared_ptr<const PictureRows> rows, NSRect bounds);
+    explicit PictureLevels(std::shared_ptr<const PictureRows> rows);
 
     /// A picture of pixels that are there already, and that may be drawn into.
-    DrawablePicture(std::shared_ptr<PixelImage> pixels, NSRect bounds);
-    ~DrawablePicture();
-    DrawablePicture(const DrawablePicture&) = delete;
-    DrawablePicture& operator=(const DrawablePicture&) = delete;
+    explicit PictureLevels(std::shared_ptr<PixelImage> pixels);
+    ~PictureLevels();
+    PictureLevels(const PictureLevels&) = delete;
+    PictureLevels& operator=(const PictureLevels&) = delete;
 
     int width() const { return m_width; }
     int height() const { return m_height; }
-    NSRect bounds() const { return m_bounds; }
 
     /// Whether every pixel is known to be opaque.
     bool isOpaque() const;
@@ -74,14 +55,12 @@ public:
     /// Whether a word belongs to the picture's own pixels.
     bool holds(const std::uint32_t* word) const;
 
-    /// A copy of pixels of its own.
-    std::shared_ptr<DrawablePicture> copy();
+    /// A copy of the pixels.
+    std::shared_ptr<PixelImage> copiedPixels();
 
-    /// The same pixels over other bounds.
-    std::shared_ptr<DrawablePicture> withBounds(NSRect bounds);
-
-    /// Lets go of all levels that can be made again.
+    /// Lets go of all levels that can be made again: of this picture, and of all that there are.
     void letGo();
+    static void letGoOfAll();
 
 private:
     using Levels = std::vector<std::shared_ptr<PixelImage>>;
@@ -91,22 +70,9 @@ private:
     std::shared_ptr<const PictureRows> m_rows;
     int m_width;
     int m_height;
-    NSRect m_bounds;
     mutable std::mutex m_lock;
     Levels m_levels; ///< guarded by m_lock
     bool m_changing = false;
-};
-
-/// A representation that exists only as drawn pixels.
-class NSCachedImageRep : public NSImageRep {
-public:
-    explicit NSCachedImageRep(std::shared_ptr<DrawablePicture> picture);
-    ~NSCachedImageRep() override;
-
-    const std::shared_ptr<DrawablePicture>& picture() const { return m_picture; }
-
-private:
-    std::shared_ptr<DrawablePicture> m_picture;
 };
 
 } // namespace Imaging::Platform
