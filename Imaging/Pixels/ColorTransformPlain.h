@@ -18,14 +18,15 @@ struct ColorTransformRecord : PixelRecord {
 
 namespace Plain {
 
-/// A product clamped to 0 … 255 and truncated; 0 when it is not a number.
+/// A sample times a multiplier in 32-bit floats, clamped to 0 … 255 and truncated; 0 when the product is not
+/// a number.
 inline std::uint8_t multiplied(std::uint8_t sample, float multiplier) {
     const float product = static_cast<float>(sample) * multiplier;
     if (!(product >= 0)) return 0;
     return product > 255 ? 255 : static_cast<std::uint8_t>(product);
 }
 
-/// Padding between rows is neither read nor written.
+/// Multiplies the three samples of every pixel of a record's rows. For RGBPixel.
 void color_transform(const ColorTransformRecord& record);
 
 } // namespace Plain

@@ -14,6 +14,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace Imaging::HWY_NAMESPACE {
+namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -159,6 +160,7 @@ HWY_ATTR void multiplyRowByFloats(const std::uint8_t* source, const std::array<f
     }
 }
 
+} // namespace
 } // namespace Imaging::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -166,6 +168,9 @@ HWY_AFTER_NAMESPACE();
 namespace Imaging {
 
 namespace {
+
+HWY_EXPORT(multiplyRowByWhole);
+HWY_EXPORT(multiplyRowByFloats);
 
 /// The smallest whole multiplier that agrees with a multiplier for every sample after a shift by `bits`.
 std::optional<std::uint32_t> wholeMultiplier(float multiplier, int bits) {
@@ -192,9 +197,6 @@ std::optional<WholeMultipliers> wholeMultipliers(const ColorTransformRecord& rec
     }
     return std::nullopt;
 }
-
-HWY_EXPORT(multiplyRowByWhole);
-HWY_EXPORT(multiplyRowByFloats);
 
 void color_transform(const ColorTransformRecord& record) {
     const std::array<float, 3> floats = {record.redMultiplier, record.greenMultiplier, record.blueMultiplier};

@@ -1,7 +1,7 @@
 #pragma once
 
-// Internal: convolution of 8-bit samples, one pixel at a time. This is what every faster way must give bit
-// for bit. Not installed.
+// Internal: convolution one pixel after another, which the vector code and the passes must agree with bit for
+// bit. Not installed.
 
 #include "Imaging/Pixels/PixelTypes.h"
 #include "Imaging/Pixels/PixelWorkers.h"

@@ -1,70 +1,32 @@
+// Weighted sums of samples with vectors: samples of equal taps are added up in 16 bits, weighed two such
+// groups at a time and added in 32, and the sum is divided by one product. Compiled once for each kind of
+// processor; the best one runs.
+
 #include "Imaging/Pixels/ConvolutionVectors.h"
 
 #include "Imaging/Pixels/ConvolutionPlain.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <optional>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Imaging/Pixels/ConvolutionVectors.cpp"
 #include "hwy/foreach_target.h"
-
 #include "hwy/highway.h"
 
-#ifndef IMAGING_CONVOLUTION_ROWS_ONCE
-#define IMAGING_CONVOLUTION_ROWS_ONCE
-namespace Imaging::ConvolutionRows {
-
-/// The sum for one sample, where there is no vector code.
-inline std::uint32_t plainSum(const ConvolutionPlan& plan, const std::ptrdiff_t* offset,
-                              const WideSample* source) {
-    std::uint32_t sum = 0;
-    const auto group = [&](std::uint32_t count, std::uint32_t taps) {
-        const auto tap = static_cast<std::uint32_t>(static_cast<std::int16_t>(taps & 0xFFFFU));
-        for (; count > 0; --count) sum += tap * static_cast<std::uint32_t>(source[*offset++]);
-    };
-    for (std::size_t i = 0; i < plan.pairs.size(); ++i) {
-        if (i == plan.highPairs) sum <<= 16;
-        group(plan.pairs[i].firstCount, plan.pairs[i].taps);
-        group(plan.pairs[i].secondCount, plan.pairs[i].taps >> 16);
-    }
-    return plan.pairs.size() == plan.highPairs ? sum << 16 : sum;
-}
-
-template<class Sample>
-inline void plainSamples(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
-                         Sample* destination, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-        destination[i] = Plain::sampleOfSum(plainSum(plan, offsets, source + i), plan.quotient.divisor);
-    }
-}
-
-} // namespace Imaging::ConvolutionRows
-#endif
-
 HWY_BEFORE_NAMESPACE();
-namespace Imaging::ConvolutionRows::HWY_NAMESPACE {
+namespace Imaging::HWY_NAMESPACE {
+namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
 // Where the halves that interleaving makes do not come together again in order, or there are no doubles, the
 // plain loop stays.
-#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE || !HWY_HAVE_FLOAT64
-
-template<class Sample>
-void ConvolveTo(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
-                Sample* destination, std::size_t count) {
-    plainSamples(plan, offsets, source, destination, count);
-}
-
-void Widen(const std::uint8_t* source, WideSample* destination, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) destination[i] = source[i];
-}
-
-void Narrow(const WideSample* source, std::uint8_t* destination, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) destination[i] = static_cast<std::uint8_t>(source[i]);
-}
-
-#else
+#if HWY_TARGET != HWY_SCALAR && !HWY_HAVE_SCALABLE && HWY_HAVE_FLOAT64
 
 using Words = hn::ScalableTag<WideSample>;
 using Sums = hn::RepartitionToWide<Words>;
@@ -114,7 +76,7 @@ struct DoubleQuotient {
 
 /// The samples of V neighbouring vectors, added up over one group.
 template<std::size_t V>
-HWY_INLINE void AddUp(const WideSample* source, const std::ptrdiff_t* offsets, std::uint32_t count,
+HWY_INLINE void addUp(const WideSample* source, const std::ptrdiff_t* offsets, std::uint32_t count,
                       WordVector (&group)[V]) {
     const WideSample* at = source + offsets[0];
     for (std::size_t v = 0; v < V; ++v) group[v] = hn::LoadU(words, at + v * lanes);
@@ -169,7 +131,7 @@ struct Accumulators {
 
 /// The samples of V neighbouring vectors as quotients that are limited to 16 bits with a sign, not yet to 8.
 template<std::size_t V, class Quotient>
-HWY_INLINE void ConvolveVectors(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
+HWY_INLINE void convolveVectors(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
                                 const Quotient& quotient, const WideSample* source,
                                 WordVector (&quotients)[V]) {
     Accumulators<V> all;
@@ -182,14 +144,14 @@ HWY_INLINE void ConvolveVectors(const ConvolutionPlan& plan, const std::ptrdiff_
         WordVector first[V];
         WordVector second[V];
         if (HWY_LIKELY(pair->firstCount == 2 && pair->secondCount == 2)) {
-            AddUp<V>(source, offsets, 2, first); // most pairs of a symmetric row, without a loop
-            AddUp<V>(source, offsets + 2, 2, second);
+            addUp<V>(source, offsets, 2, first); // most pairs of a symmetric row, without a loop
+            addUp<V>(source, offsets + 2, 2, second);
             offsets += 4;
         } else {
-            AddUp<V>(source, offsets, pair->firstCount, first);
+            addUp<V>(source, offsets, pair->firstCount, first);
             offsets += pair->firstCount;
             for (std::size_t v = 0; v < V; ++v) second[v] = hn::Zero(words);
-            if (pair->secondCount > 0) AddUp<V>(source, offsets, pair->secondCount, second);
+            if (pair->secondCount > 0) addUp<V>(source, offsets, pair->secondCount, second);
             offsets += pair->secondCount;
         }
         all.add(first, second, hn::BitCast(words, hn::Set(sums, static_cast<std::int32_t>(pair->taps))));
@@ -201,51 +163,51 @@ HWY_INLINE void ConvolveVectors(const ConvolutionPlan& plan, const std::ptrdiff_
     }
 }
 
-HWY_INLINE void StoreSamples(WordVector quotients, std::uint8_t* destination) {
+HWY_INLINE void storeSamples(WordVector quotients, std::uint8_t* destination) {
     hn::StoreU(hn::DemoteTo(bytes, quotients), bytes, destination); // which limits them
 }
 
-HWY_INLINE void StoreSamples(WordVector quotients, WideSample* destination) {
+HWY_INLINE void storeSamples(WordVector quotients, WideSample* destination) {
     const WordVector positive = hn::Max(quotients, hn::Zero(words));
     hn::StoreU(hn::Min(positive, hn::Set(words, 255)), words, destination);
 }
 
 template<class Quotient, class Sample>
-HWY_INLINE void ConvolveWith(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
+HWY_INLINE void convolveWith(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
                              const WideSample* HWY_RESTRICT source, Sample* HWY_RESTRICT destination,
                              std::size_t count) {
     const Quotient quotient(plan.quotient);
     std::size_t i = 0;
     for (; i + 2 * lanes <= count; i += 2 * lanes) {
         WordVector two[2];
-        ConvolveVectors<2>(plan, offsets, quotient, source + i, two);
-        StoreSamples(two[0], destination + i);
-        StoreSamples(two[1], destination + i + lanes);
+        convolveVectors<2>(plan, offsets, quotient, source + i, two);
+        storeSamples(two[0], destination + i);
+        storeSamples(two[1], destination + i + lanes);
     }
     for (; i < count; i += lanes) {
         WordVector one[1];
-        ConvolveVectors<1>(plan, offsets, quotient, source + i, one);
+        convolveVectors<1>(plan, offsets, quotient, source + i, one);
         if (i + lanes <= count) {
-            StoreSamples(one[0], destination + i);
+            storeSamples(one[0], destination + i);
         } else {
             HWY_ALIGN Sample last[lanes];
-            StoreSamples(one[0], last);
+            storeSamples(one[0], last);
             std::memcpy(destination + i, last, (count - i) * sizeof(Sample));
         }
     }
 }
 
 template<class Sample>
-HWY_INLINE void ConvolveTo(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
+HWY_INLINE void convolveTo(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
                            const WideSample* source, Sample* destination, std::size_t count) {
     if (plan.quotient.inFloat) {
-        ConvolveWith<FloatQuotient>(plan, offsets, source, destination, count);
+        convolveWith<FloatQuotient>(plan, offsets, source, destination, count);
     } else {
-        ConvolveWith<DoubleQuotient>(plan, offsets, source, destination, count);
+        convolveWith<DoubleQuotient>(plan, offsets, source, destination, count);
     }
 }
 
-void Widen(const std::uint8_t* source, WideSample* destination, std::size_t count) {
+HWY_ATTR void widen(const std::uint8_t* source, WideSample* destination, std::size_t count) {
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
         hn::StoreU(hn::PromoteTo(words, hn::LoadU(bytes, source + i)), words, destination + i);
@@ -253,44 +215,71 @@ void Widen(const std::uint8_t* source, WideSample* destination, std::size_t coun
     for (; i < count; ++i) destination[i] = source[i];
 }
 
-void Narrow(const WideSample* source, std::uint8_t* destination, std::size_t count) {
+HWY_ATTR void narrow(const WideSample* source, std::uint8_t* destination, std::size_t count) {
     std::size_t i = 0;
-    for (; i + lanes <= count; i += lanes) StoreSamples(hn::LoadU(words, source + i), destination + i);
+    for (; i + lanes <= count; i += lanes) storeSamples(hn::LoadU(words, source + i), destination + i);
     for (; i < count; ++i) destination[i] = static_cast<std::uint8_t>(source[i]);
+}
+
+#else
+
+/// The sum for one sample, where there is no vector code.
+HWY_INLINE std::uint32_t plainSum(const ConvolutionPlan& plan, const std::ptrdiff_t* offset,
+                                  const WideSample* source) {
+    std::uint32_t sum = 0;
+    const auto group = [&](std::uint32_t count, std::uint32_t taps) {
+        const auto tap = static_cast<std::uint32_t>(static_cast<std::int16_t>(taps & 0xFFFFU));
+        for (; count > 0; --count) sum += tap * static_cast<std::uint32_t>(source[*offset++]);
+    };
+    for (std::size_t i = 0; i < plan.pairs.size(); ++i) {
+        if (i == plan.highPairs) sum <<= 16;
+        group(plan.pairs[i].firstCount, plan.pairs[i].taps);
+        group(plan.pairs[i].secondCount, plan.pairs[i].taps >> 16);
+    }
+    return plan.pairs.size() == plan.highPairs ? sum << 16 : sum;
+}
+
+template<class Sample>
+HWY_INLINE void convolveTo(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
+                           const WideSample* source, Sample* destination, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        destination[i] = Plain::sampleOfSum(plainSum(plan, offsets, source + i), plan.quotient.divisor);
+    }
+}
+
+HWY_ATTR void widen(const std::uint8_t* source, WideSample* destination, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) destination[i] = source[i];
+}
+
+HWY_ATTR void narrow(const WideSample* source, std::uint8_t* destination, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) destination[i] = static_cast<std::uint8_t>(source[i]);
 }
 
 #endif
 
-void ConvolveWide(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
-                  WideSample* destination, std::size_t count) {
-    ConvolveTo(plan, offsets, source, destination, count);
+HWY_ATTR void convolveWide(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
+                           const WideSample* source, WideSample* destination, std::size_t count) {
+    convolveTo(plan, offsets, source, destination, count);
 }
 
-void ConvolveNarrow(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
-                    std::uint8_t* destination, std::size_t count) {
-    ConvolveTo(plan, offsets, source, destination, count);
+HWY_ATTR void convolveNarrow(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets,
+                             const WideSample* source, std::uint8_t* destination, std::size_t count) {
+    convolveTo(plan, offsets, source, destination, count);
 }
 
-} // namespace Imaging::ConvolutionRows::HWY_NAMESPACE
+} // namespace
+} // namespace Imaging::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
-#include <limits>
-#include <optional>
-
 namespace Imaging {
 
-namespace ConvolutionRows {
 namespace {
 
-HWY_EXPORT(ConvolveWide);
-HWY_EXPORT(ConvolveNarrow);
-HWY_EXPORT(Widen);
-HWY_EXPORT(Narrow);
+HWY_EXPORT(convolveWide);
+HWY_EXPORT(convolveNarrow);
+HWY_EXPORT(widen);
+HWY_EXPORT(narrow);
 
 /// More samples than these might not add up in 16 bits with a sign.
 constexpr std::size_t largestGroup = 128;
@@ -351,13 +340,12 @@ void addPairs(ConvolutionPlan& plan, std::vector<HalfTap>& taps) {
 }
 
 } // namespace
-} // namespace ConvolutionRows
 
 ExactQuotient exactQuotient(std::int32_t divisor, std::int64_t largestSum) {
-    const std::optional<float> single = ConvolutionRows::exactFactor<float>(divisor);
+    const std::optional<float> single = exactFactor<float>(divisor);
     // In double precision every sum is exact, and the quotients before and at a multiple are at least 2^-39
     // of themselves apart, so that the reciprocal or the number after it always serves.
-    const double twice = ConvolutionRows::exactFactor<double>(divisor).value();
+    const double twice = exactFactor<double>(divisor).value();
     // Below -2^23 a quotient in floats would leave the numbers whose last place is 1 for those below zero,
     // whose bits, seen as integers, fall.
     const bool isSmall = largestSum >> 22 < std::abs(std::int64_t{divisor});
@@ -370,8 +358,8 @@ ConvolutionPlan convolutionPlan(std::span<const std::int32_t> taps, std::int32_t
     for (const std::int32_t tap : taps) magnitudes += std::abs(std::int64_t{tap});
     constexpr std::int64_t most = std::int64_t{1} << 31; // sums wrap
     plan.quotient = exactQuotient(divisor, std::min(std::min(magnitudes, most) * 255, most));
-    std::vector<ConvolutionRows::HalfTap> high;
-    std::vector<ConvolutionRows::HalfTap> low;
+    std::vector<HalfTap> high;
+    std::vector<HalfTap> low;
     for (std::uint32_t i = 0; i < taps.size(); ++i) {
         // tap = low + 65536 · high, both in 16 bits with a sign; a high half of 2^15 wraps, as the sums do.
         const auto lowHalf = static_cast<std::int16_t>(taps[i] & 0xFFFF);
@@ -379,32 +367,29 @@ ConvolutionPlan convolutionPlan(std::span<const std::int32_t> taps, std::int32_t
         if (lowHalf != 0) low.push_back({lowHalf, i});
         if (highHalf != 0) high.push_back({highHalf, i});
     }
-    ConvolutionRows::addPairs(plan, high);
+    addPairs(plan, high);
     plan.highPairs = plan.pairs.size();
-    ConvolutionRows::addPairs(plan, low);
+    addPairs(plan, low);
     return plan;
 }
 
-using namespace ConvolutionRows;
-
 void widenSamples(const std::uint8_t* source, WideSample* destination, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(Widen)(source, destination, count);
+    HWY_DYNAMIC_DISPATCH(widen)(source, destination, count);
 }
 
 void narrowSamples(const WideSample* source, std::uint8_t* destination, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(Narrow)(source, destination, count);
+    HWY_DYNAMIC_DISPATCH(narrow)(source, destination, count);
 }
 
 void convolveSamples(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
                      WideSample* destination, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(ConvolveWide)(plan, offsets, source, destination, count);
+    HWY_DYNAMIC_DISPATCH(convolveWide)(plan, offsets, source, destination, count);
 }
 
 void convolveSamples(const ConvolutionPlan& plan, const std::ptrdiff_t* offsets, const WideSample* source,
                      std::uint8_t* destination, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(ConvolveNarrow)(plan, offsets, source, destination, count);
+    HWY_DYNAMIC_DISPATCH(convolveNarrow)(plan, offsets, source, destination, count);
 }
 
 } // namespace Imaging
-
 #endif

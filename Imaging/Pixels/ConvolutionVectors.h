@@ -1,7 +1,6 @@
 #pragma once
 
-// Internal: weighted sums of 8-bit samples by vector code, bit for bit what ConvolutionPlain.h gives. Not
-// installed.
+// Internal: convolution with vectors, as weighted sums of rows of samples. Not installed.
 
 #include <cstddef>
 #include <cstdint>

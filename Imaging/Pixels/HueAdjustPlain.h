@@ -16,10 +16,11 @@ struct HueAdjustRecord : PixelRecord {
 
 namespace Plain {
 
-/// The red, green and blue of one pixel with the hue shifted by sextants.
+/// The red, green and blue of one pixel with the hue shifted by sextants. Gray ones and those whose hue does
+/// not come back into the circle by one turn stay as they are.
 void adjustHue(double hueShift, const std::uint8_t* source, std::uint8_t* destination);
 
-// Padding between rows is neither read nor written.
+/// Adjust every pixel of a record's rows. For RGBPixel, and for RGBAPixel, whose alpha is copied.
 void hue_adjust_rgb(const HueAdjustRecord& record);
 void hue_adjust_rgba(const HueAdjustRecord& record);
 

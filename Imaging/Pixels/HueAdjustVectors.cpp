@@ -13,6 +13,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace Imaging::HWY_NAMESPACE {
+namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -173,14 +174,19 @@ HWY_ATTR void adjustRowRGBA(const std::uint8_t* source, float hueShift, std::siz
     adjustRow<4>(source, hueShift, width, destination);
 }
 
+} // namespace
 } // namespace Imaging::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace Imaging {
 
+namespace {
+
 HWY_EXPORT(adjustRowRGB);
 HWY_EXPORT(adjustRowRGBA);
+
+} // namespace
 
 void hue_adjust_rgb(const HueAdjustRecord& record) {
     forEachRow(record, [&](std::int64_t row) {

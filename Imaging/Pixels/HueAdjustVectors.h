@@ -6,7 +6,7 @@
 
 namespace Imaging {
 
-// What the functions of these names in `Plain` do, with vector code for this machine.
+/// What the functions of these names in `Plain` do, with vector code for this machine.
 void hue_adjust_rgb(const HueAdjustRecord& record);
 void hue_adjust_rgba(const HueAdjustRecord& record);
 

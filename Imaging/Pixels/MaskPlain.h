@@ -1,6 +1,7 @@
 #pragma once
 
-// Internal: what the two threads of the mask operation do. Not installed.
+// Internal: masking one sample after another, which the vector code must agree with bit for bit. Not
+// installed.
 
 #include "Imaging/Pixels/PixelTypes.h"
 #include "Imaging/Pixels/PixelWorkers.h"
@@ -29,7 +30,7 @@ inline std::uint8_t masked(std::uint8_t sample, std::uint8_t mask) {
     return static_cast<std::uint8_t>(sample * mask >> 8);
 }
 
-/// Masks every sample, alpha included. For GAPixel and RGBAPixel.
+/// Masks every sample of a record's rows, alpha included. For GAPixel and RGBAPixel.
 template<class Pixel>
 void mask_worker(const MaskRecord& record);
 

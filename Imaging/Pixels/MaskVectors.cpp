@@ -11,6 +11,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace Imaging::HWY_NAMESPACE {
+namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -88,14 +89,19 @@ HWY_ATTR void maskRGBA(const std::uint8_t* source, const std::uint8_t* mask, std
     maskSamples<RGBAPixel>(source, mask, width, destination);
 }
 
+} // namespace
 } // namespace Imaging::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace Imaging {
 
+namespace {
+
 HWY_EXPORT(maskGA);
 HWY_EXPORT(maskRGBA);
+
+} // namespace
 
 template<>
 void mask_worker<GAPixel>(const MaskRecord& record) {
