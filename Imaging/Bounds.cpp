@@ -1,3 +1,6 @@
+// Extents of nodes and the records of a draw. A list of records is a chain of shared links from the innermost
+// one outward, so a longer list shares all of the shorter one.
+
 #include "Imaging/Bounds.h"
 
 #include <algorithm>
@@ -61,12 +64,12 @@ NSBezierPath IMGBounds::bezierPath() const {
 
 TransformAndClipRect
 TransformAndClipRect::transformAndClipRectWithTransform(const NSAffineTransform& transform) {
-    return {transform, false, Platform::NSZeroRect};
+    return TransformAndClipRect(transform);
 }
 
 TransformAndClipRect
 TransformAndClipRect::transformAndClipRectWithTransform(const NSAffineTransform& transform, NSRect clipRect) {
-    return {transform, true, clipRect};
+    return {transform, clipRect};
 }
 
 TransformAndClipList::Link::Link(std::shared_ptr<Link> outerLink, const TransformAndClipRect& innermost)

@@ -26,6 +26,14 @@ IMAGING_EXPORT bool isEqualToAffineTransform(const NSAffineTransform& a, const N
 /// that a rotated or flipped extent keeps its exact shape. A value.
 ///
 /// The transform may be missing. The corners are then the zero point and `bezierPath` is the plain rectangle.
+///
+/// Example:
+/// @code
+/// NSAffineTransform quarterTurn;
+/// quarterTurn.rotateByDegrees(90);
+/// const auto bounds = IMGBounds::boundsWithRect(NSMakeRect(10, 20, 100, 50), quarterTurn);
+/// const NSRect around = bounds.boundingRect();
+/// @endcode
 class IMAGING_EXPORT IMGBounds {
 public:
     static IMGBounds boundsWithRect(NSRect rect, const std::optional<NSAffineTransform>& transform);
@@ -67,6 +75,12 @@ private:
 /// A value.
 class IMAGING_EXPORT TransformAndClipRect {
 public:
+    /// A level without a clip, and one with it. Without one the rectangle is the zero rectangle.
+    explicit TransformAndClipRect(const NSAffineTransform& transform) : m_transform(transform) {}
+    TransformAndClipRect(const NSAffineTransform& transform, NSRect clipRect)
+        : m_transform(transform), m_has_clip_rect(true), m_clip_rect(clipRect) {}
+
+    /// The same under their customary names.
     static TransformAndClipRect transformAndClipRectWithTransform(const NSAffineTransform& transform);
     static TransformAndClipRect transformAndClipRectWithTransform(const NSAffineTransform& transform,
                                                                   NSRect clipRect);
@@ -83,11 +97,8 @@ public:
     void setHasClipRect(bool flag) { m_has_clip_rect = flag; }
 
 private:
-    TransformAndClipRect(const NSAffineTransform& transform, bool hasClipRect, NSRect clipRect)
-        : m_transform(transform), m_has_clip_rect(hasClipRect), m_clip_rect(clipRect) {}
-
     NSAffineTransform m_transform;
-    bool m_has_clip_rect;
+    bool m_has_clip_rect = false;
     NSRect m_clip_rect;
 };
 
