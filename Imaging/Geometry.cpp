@@ -1,3 +1,6 @@
+// Arithmetic on points, rectangles and transforms: each function is one formula in the precision that its
+// header states, and nothing here keeps any state.
+
 #include "Imaging/Geometry.h"
 
 #include "Platform/Graphics/Image.h"
@@ -94,6 +97,8 @@ NSRect RectFromPoints(NSPoint p, NSPoint q) {
 
 NSRect RectFromPointAndSize(NSPoint p, NSSize z) { return {p, z}; }
 
+NSRect RectFromSize(NSSize z) { return {Platform::NSZeroPoint, z}; }
+
 NSPoint RectTopLeft(NSRect r) { return {NSMinX(r), NSMaxY(r)}; }
 
 NSPoint RectTopMidpoint(NSRect r) { return {halfWay(r.origin.x, r.size.width), NSMaxY(r)}; }
@@ -169,6 +174,6 @@ std::string description(const NSAffineTransform& transform) {
            " tX=" + sixDecimals(m.tX) + " tY=" + sixDecimals(m.tY) + " }";
 }
 
-NSRect bounds(const NSImage& image) { return {Platform::NSZeroPoint, image.size()}; }
+NSRect bounds(const NSImage& image) { return RectFromSize(image.size()); }
 
 } // namespace Imaging

@@ -17,6 +17,13 @@ class NSImage;
 /// floats unless it says "in double", which means computed in double precision and rounded once to a float.
 /// The functions are pure, may be called on any thread, and check nothing: values that are not numbers,
 /// infinities and negative extents go through the arithmetic as they are.
+///
+/// Example:
+/// @code
+/// const NSRect page = RectFromSize(NSMakeSize(640, 480));
+/// const NSRect wide = FitRect(page, 16.0F / 9.0F);
+/// const NSPoint middle = RectMidpoint(wide);
+/// @endcode
 namespace Imaging {
 
 using Platform::NSAffineTransform;
@@ -72,6 +79,9 @@ IMAGING_EXPORT NSRect RectFromPoints(NSPoint p, NSPoint q);
 
 /// The rectangle with lower left corner p and size z.
 IMAGING_EXPORT NSRect RectFromPointAndSize(NSPoint p, NSSize z);
+
+/// The rectangle of a size at the origin, such as a picture's own.
+IMAGING_EXPORT NSRect RectFromSize(NSSize z);
 
 /// The corners of a rectangle, the midpoints of its sides and its centre. What lies half way along a side is
 /// computed in double.
@@ -135,7 +145,7 @@ IMAGING_EXPORT std::string description(const NSAffineTransform& transform);
 
 // Pictures
 
-/// The rectangle at the origin of the picture's size.
+/// `RectFromSize` of the picture's size.
 IMAGING_EXPORT NSRect bounds(const NSImage& image);
 
 } // namespace Imaging
