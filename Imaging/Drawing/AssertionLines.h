@@ -11,9 +11,20 @@ namespace Imaging::AssertionLines {
 // Imaging/Convolution
 inline constexpr int convolutionKernelSize = 344;
 
+// Imaging/GraphicsUtilities
+inline constexpr int glError = 285;
+
+// Imaging/Image
+inline constexpr int imageBounds = 378;
+
 // Imaging/Mask
 inline constexpr int maskHeight = 185;
 inline constexpr int maskLayout = 183;
 inline constexpr int maskWidth = 184;
+
+// Imaging/Transpose
+inline constexpr int transposeModification = 94;
+inline constexpr int transposeModifiedType = 95;
+inline constexpr int transposeReversedType = 107;
 
 } // namespace Imaging::AssertionLines

@@ -1,3 +1,5 @@
+// Leaves that draw by themselves, rather than through a picture, place and cut what they draw by this.
+
 #include "Imaging/Drawing/RecordClips.h"
 
 #include "Platform/Graphics/BezierPath.h"
