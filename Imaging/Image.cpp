@@ -1,6 +1,12 @@
+// The base of all nodes: sources and observers, and the walks over them that find bounds and draw. It knows
+// none of the classes derived from it; each answers the walks by its overrides.
+
 #include "Imaging/Image.h"
 
-#include "Imaging/CachedImage.h"
+#include "Imaging/CCImage.h"
+#include "Imaging/Drawing/AssertionLines.h"
+#include "Imaging/Drawing/DrawnPicture.h"
+#include "Imaging/Drawing/Guarded.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/GraphicsContext.h"
@@ -24,17 +30,8 @@ void needSource(const std::shared_ptr<IMGImage>& source) {
     if (source == nullptr) throw NSException(Platform::NSInvalidArgumentException, "a source cannot be null");
 }
 
-/// Runs one step of a walk over sources; what it throws ends that step alone.
-template<class Step>
-void guarded(const Step& step) {
-    try {
-        step();
-    } catch (...) { // whatever it was, the walk goes on
-    }
-}
-
 TransformAndClipList listOf(const NSAffineTransform& transform) {
-    return TransformAndClipList(TransformAndClipRect::transformAndClipRectWithTransform(transform));
+    return TransformAndClipList(TransformAndClipRect(transform));
 }
 
 /// Lets go of sources one after another, also when each of them held the last reference to the next, so
@@ -54,15 +51,6 @@ void releaseInTurn(IMGImage::Sources sources) {
 }
 
 } // namespace
-
-std::shared_ptr<IMGImageFromNSImage> IMGImage::imageWithContentsOfFile(const std::string& path,
-                                                                       NSError* error) {
-    return IMGImageFromNSImage::initWithContentsOfFile(path, error);
-}
-
-std::shared_ptr<IMGImageFromNSImage> IMGImage::imageWithContentsOfURL(const NSURL& url, NSError* error) {
-    return IMGImageFromNSImage::initWithContentsOfURL(url, error);
-}
 
 IMGImage::IMGImage() : IMGImage(Sources{}) {}
 
@@ -185,7 +173,9 @@ void IMGImage::sourceDidChange(IMGImage&) { changed(); }
 
 IMGBounds IMGImage::imageBounds() const {
     const Sources& all = sources();
-    if (all.empty()) Platform::parameterAssertionFailed("[m_sources count] > 0", "Imaging/Image", 378);
+    if (all.empty())
+        Platform::parameterAssertionFailed("[m_sources count] > 0", "Imaging/Image",
+                                           AssertionLines::imageBounds);
     const NSAffineTransform own = transform();
     if (all.size() == 1) {
         IMGBounds bounds = all.front()->imageBounds();
@@ -265,10 +255,17 @@ void IMGImage::drawWithTransform(const NSAffineTransform& transform, int operati
 
 void IMGImage::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
                          int operation, float fraction, IMGDrawingTarget* imageContext) {
+    drawSources(image, list, operation, fraction, imageContext);
+}
+
+void IMGImage::drawSources(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                           int operation, float fraction, IMGDrawingTarget* imageContext,
+                           const std::function<float(float)>& nextFraction) {
     for (const std::shared_ptr<IMGImage>& source : sources()) {
         guarded([&] {
-            const auto record = TransformAndClipRect::transformAndClipRectWithTransform(source->transform());
-            source->drawImage(image, list.appending(record), operation, fraction, imageContext);
+            source->drawImage(image, list.appending(TransformAndClipRect(source->transform())), operation,
+                              fraction, imageContext);
+            if (nextFraction != nullptr) fraction = nextFraction(fraction);
         });
     }
 }
@@ -294,13 +291,9 @@ std::shared_ptr<CCImage> IMGImage::image() {
             rendered = untransformedImage();
             return;
         }
-        const auto picture = std::make_shared<Platform::NSImage>(imageSize());
-        {
-            const Platform::NSImageFocus focus(*picture);
-            drawInRect({Platform::NSZeroPoint, picture->size()}, Platform::NSCompositeSourceOver, 1.0F,
-                       false);
-        }
-        rendered = CCImage::ccImageWithNSImage(picture);
+        rendered = CCImage::ccImageWithNSImage(drawnPicture(imageSize(), [this](NSRect whole) {
+            drawInRect(whole, Platform::NSCompositeSourceOver, 1.0F, false);
+        }));
     });
     return rendered;
 }
@@ -308,13 +301,11 @@ std::shared_ptr<CCImage> IMGImage::image() {
 std::optional<NSData> IMGImage::representationUsingType(int type, const NSImageProperties& properties,
                                                         NSError* error) {
     try {
-        Platform::NSImage picture(imageSize());
-        picture.setCacheMode(Platform::NSImageCacheNever);
-        {
-            const Platform::NSImageFocus focus(picture);
-            drawInRect({Platform::NSZeroPoint, picture.size()}, Platform::NSCompositeSourceOver, 1.0F, false);
-        }
-        const std::optional<NSData> tiff = picture.TIFFRepresentation(error);
+        const auto picture = drawnPicture(
+            imageSize(),
+            [this](NSRect whole) { drawInRect(whole, Platform::NSCompositeSourceOver, 1.0F, false); },
+            Platform::NSImageCacheNever);
+        const std::optional<NSData> tiff = picture->TIFFRepresentation(error);
         if (!tiff.has_value()) return std::nullopt;
         const auto bitmap = Platform::NSBitmapImageRep::imageRepWithData(*tiff, error);
         if (bitmap == nullptr) return std::nullopt;
@@ -351,6 +342,14 @@ void IMGImage::encodeWithCoder(Platform::NSCoder& coder) const {
     for (const std::shared_ptr<IMGImage>& source : *m_sources) objects.push_back(source.get());
     coder.encodeArray(objects, "source-images");
 }
+
+// What a class tells of itself
+
+bool IMGImage::needsSource() const { return false; }
+
+bool IMGImage::hasOwnPixels() const { return false; }
+
+std::string IMGImage::parameterDescription() const { return {}; }
 
 // The protocol's defaults
 

@@ -40,11 +40,24 @@ inline constexpr std::string_view IMGImageDidChangeNotification = "IMGImageDidCh
 ///
 /// Nothing is locked: a graph is built, changed and drawn from one thread at a time, and observers are
 /// called on the thread that sent `changed`.
+///
+/// Programs write nodes of their own as classes derived from this one, from SizedNode (a fixed size) or from
+/// PlacedNode (a transform that is worth keeping). Such a class says its name in `archiveClassName`, makes
+/// itself known to unarchivers with an NSArchivableClass, and overrides what it does otherwise than its base;
+/// see also "What a class tells of itself".
+///
+/// Example:
+/// @code
+/// const auto background = std::make_shared<IMGImage>();
+/// const auto layers = std::make_shared<IMGImage>(background);
+/// const std::string words = layers->description() + " over " + layers->sourceAtIndex(0)->description();
+/// @endcode
 class IMAGING_EXPORT IMGImage : public Platform::NSCoding, public std::enable_shared_from_this<IMGImage> {
 public:
     using Sources = std::vector<std::shared_ptr<IMGImage>>;
 
-    /// A picture node, read from a file or URL; null and the reason when the picture cannot be read.
+    /// A picture node, read from a file or URL; null and the reason when the picture cannot be read. Defined
+    /// where that class is (see Imaging/PictureNode.h), so that this base knows none of its classes.
     static std::shared_ptr<IMGImageFromNSImage> imageWithContentsOfFile(const std::string& path,
                                                                         NSError* error = nullptr);
     static std::shared_ptr<IMGImageFromNSImage> imageWithContentsOfURL(const NSURL& url,
@@ -173,6 +186,23 @@ public:
     std::string archiveClassName() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
+    // What a class tells of itself, for programs that check or show graphs of whatever nodes.
+
+    /// Whether drawing throws when there are no sources, as only nodes from archives and those that were made
+    /// without any may have: such a node has to be refused before it is drawn. False here, since a node
+    /// without sources draws nothing. What has to ask its source for something first overrides it.
+    virtual bool needsSource() const;
+
+    /// Whether `untransformedImage` is all that the node draws, with nothing moved, cut or added: pixels of
+    /// its own from (0, 0), one point each, which operations on pixels may take as they are. False here,
+    /// since what lies below a node may be placed anyhow. Pictures and pixel operations override it.
+    virtual bool hasOwnPixels() const;
+
+    /// What tells this node from others of its class, in words for people and in one line
+    /// ("30 degrees about 50,25"; see Imaging/Words.h). Empty here: a class with values of its own that an
+    /// archive keeps says them.
+    virtual std::string parameterDescription() const;
+
     // The protocol that nodes override. `list` holds the records of the draw so far, with this node's
     // transform already in it.
 
@@ -195,6 +225,13 @@ public:
                                    int operation, float fraction, IMGDrawingTarget* imageContext);
 
 protected:
+    /// Draws every source in order, each with its own transform appended to the list. What one of them throws
+    /// ends that source alone. The first is drawn with the fraction; `nextFraction` makes that of each
+    /// further one of the last, and is not asked after a source that threw. Without it all have the same.
+    void drawSources(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
+                     float fraction, IMGDrawingTarget* imageContext,
+                     const std::function<float(float)>& nextFraction = nullptr);
+
     /// Where a source equal to `source` first stands in this node's list; nullopt when it does not.
     std::optional<std::size_t> indexOfSource(const IMGImage& source) const;
 

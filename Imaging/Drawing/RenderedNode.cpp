@@ -1,10 +1,11 @@
+// A node's picture is the graph below it, drawn from an empty list of transforms into a picture of its size.
+
 #include "Imaging/Drawing/RenderedNode.h"
 
-#include "Imaging/CachedImage.h"
-#include "Platform/Graphics/Image.h"
+#include "Imaging/CCImage.h"
+#include "Imaging/Drawing/DrawnPicture.h"
 
 #include <cmath>
-#include <utility>
 
 namespace Imaging {
 
@@ -12,14 +13,10 @@ std::shared_ptr<CCImage> renderedNode(IMGImage& node, NSSize size) {
     const bool hasArea =
         size.width > 0 && size.height > 0 && std::isfinite(size.width) && std::isfinite(size.height);
     if (!hasArea) return nullptr;
-    auto picture = std::make_shared<NSImage>(size);
-    {
-        const Platform::NSImageFocus focus(*picture);
-        const auto record = TransformAndClipRect::transformAndClipRectWithTransform(NSAffineTransform());
-        node.drawImage(nullptr, TransformAndClipList(record), node.defaultCompositingOperation(),
-                       node.defaultCompositingFraction(), nullptr);
-    }
-    return CCImage::ccImageWithNSImage(std::move(picture));
+    return CCImage::ccImageWithNSImage(drawnPicture(size, [&node](NSRect) {
+        node.drawImage(nullptr, TransformAndClipList(TransformAndClipRect(NSAffineTransform())),
+                       node.defaultCompositingOperation(), node.defaultCompositingFraction(), nullptr);
+    }));
 }
 
 } // namespace Imaging

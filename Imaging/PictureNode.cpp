@@ -1,21 +1,17 @@
-#include "Imaging/CachedImage.h"
+// A leaf keeps its picture decoded from the moment it is made and remembers the file only to name it:
+// archives then hold the path, and copies read it again.
 
-#include "Imaging/BitmapFormats.h"
-#include "Imaging/Drawing/RecordClips.h"
+#include "Imaging/PictureNode.h"
+
+#include "Imaging/Geometry.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/BitmapImageRep.h"
-#include "Platform/Graphics/GraphicsContext.h"
 
-#include <cinttypes>
-#include <cstdio>
 #include <filesystem>
-#include <mutex>
 #include <system_error>
 #include <utility>
 
 namespace Imaging {
-
-using Platform::NSGraphicsContext;
 
 namespace {
 
@@ -41,53 +37,6 @@ bool isOrdinaryFile(const std::string& path) {
 }
 
 } // namespace
-
-// CCImage
-
-CCImage::CCImage() = default;
-
-CCImage::CCImage(std::shared_ptr<NSImage> image) : m_ns_image(std::move(image)) {}
-
-CCImage::~CCImage() = default;
-
-std::shared_ptr<CCImage> CCImage::ccImageWithNSImage(std::shared_ptr<NSImage> image) {
-    return std::make_shared<CCImage>(std::move(image));
-}
-
-std::shared_ptr<CCImage> CCImage::ccImageWithCIImage(const std::shared_ptr<CIImage>&) {
-    return std::shared_ptr<CCImage>(new CCImage());
-}
-
-NSSize CCImage::size() const { return m_ns_image != nullptr ? m_ns_image->size() : Platform::NSZeroSize; }
-
-std::string CCImage::description() const {
-    char address[2 + 2 * sizeof(void*) + 1];
-    std::snprintf(address, sizeof address, "0x%" PRIxPTR, reinterpret_cast<std::uintptr_t>(this));
-    return std::string("<CCImage: ") + address + ">";
-}
-
-void CCImage::forceToCache() {
-    if (m_ns_image == nullptr) return;
-    try {
-        const Platform::NSImageFocus focus(*m_ns_image);
-    } catch (...) { // the first draw will tell
-    }
-}
-
-void CCImage::drawWithTransformClip(const TransformAndClipList& list, int operation, float fraction,
-                                    IMGDrawingTarget*) {
-    const std::shared_ptr<NSGraphicsContext> context = NSGraphicsContext::currentContext();
-    if (context == nullptr) return;
-    const NSRect whole = {Platform::NSZeroPoint, size()};
-    const Platform::NSGraphicsStateScope state; // restoring it also undoes the transform
-    const NSAffineTransform transform = addRecordClips(list);
-    if (m_ns_image == nullptr) return;
-    context->concat(transform);
-    const std::lock_guard<std::recursive_mutex> lock(GlobalImageLock());
-    m_ns_image->drawInRect(whole, whole, operation, fraction);
-}
-
-// IMGImageFromNSImage
 
 IMGImageFromNSImage::IMGImageFromNSImage(std::shared_ptr<NSImage> image, std::optional<std::string> fileName)
     : m_image(CCImage::ccImageWithNSImage(cacheable(std::move(image)))), m_file_name(std::move(fileName)) {}
@@ -130,13 +79,13 @@ std::shared_ptr<CCImage> IMGImageFromNSImage::untransformedImage() { return m_im
 std::shared_ptr<CCImage> IMGImageFromNSImage::image() { return m_image; }
 
 IMGBounds IMGImageFromNSImage::imageBounds() const {
-    return IMGBounds::boundsWithRect({Platform::NSZeroPoint, m_image->size()}, NSAffineTransform());
+    return IMGBounds::boundsWithRect(RectFromSize(m_image->size()), NSAffineTransform());
 }
 
 std::optional<IMGBounds> IMGImageFromNSImage::boundsForImage(const IMGImage& image,
                                                              const NSAffineTransform& transform) const {
     if (!isEqual(image)) return std::nullopt;
-    return IMGBounds::boundsWithRect({Platform::NSZeroPoint, m_image->size()}, transform);
+    return IMGBounds::boundsWithRect(RectFromSize(m_image->size()), transform);
 }
 
 void IMGImageFromNSImage::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
@@ -161,6 +110,37 @@ void IMGImageFromNSImage::encodeWithCoder(Platform::NSCoder& coder) const {
 
 std::string IMGImageFromNSImage::description() const {
     return m_file_name.value_or("(null)") + " " + m_image->description();
+}
+
+std::optional<std::string> IMGImageFromNSImage::whyPictureIsMissing() const {
+    const std::shared_ptr<NSImage>& picture = m_image->nsImage();
+    if (picture != nullptr && !Platform::NSIsEmptyRect(bounds(*picture))) return std::nullopt;
+    if (!m_file_name.has_value()) return "the bytes in the archive are damaged or no picture";
+    std::error_code failure;
+    const auto status = std::filesystem::status(*m_file_name, failure);
+    if (std::filesystem::is_other(status)) return "this is no ordinary file";
+    NSError error;
+    // It was tried before, but the reason was not kept.
+    if (NSImage::imageWithContentsOfFile(*m_file_name, &error) != nullptr) return "it was just being changed";
+    return error.message;
+}
+
+std::string IMGImageFromNSImage::parameterDescription() const {
+    if (const std::optional<std::string> why = whyPictureIsMissing()) {
+        return m_file_name.value_or("picture in the archive") + " (missing: " + *why + ")";
+    }
+    return m_file_name.value_or("picture in memory");
+}
+
+// What makes these nodes
+
+std::shared_ptr<IMGImageFromNSImage> IMGImage::imageWithContentsOfFile(const std::string& path,
+                                                                       NSError* error) {
+    return IMGImageFromNSImage::initWithContentsOfFile(path, error);
+}
+
+std::shared_ptr<IMGImageFromNSImage> IMGImage::imageWithContentsOfURL(const NSURL& url, NSError* error) {
+    return IMGImageFromNSImage::initWithContentsOfURL(url, error);
 }
 
 // Extensions of the picture class
