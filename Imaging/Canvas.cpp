@@ -1,7 +1,12 @@
+// Canvases and composites draw like any node, by walking down; a canvas keeps a picture of itself for those
+// who ask for one and drops it when anything below changes.
+
 #include "Imaging/Canvas.h"
 
-#include "Imaging/CachedImage.h"
+#include "Imaging/CCImage.h"
+#include "Imaging/Drawing/Guarded.h"
 #include "Imaging/Drawing/RenderedNode.h"
+#include "Imaging/Words.h"
 
 #include <utility>
 
@@ -17,11 +22,11 @@ IMGCanvas::IMGCanvas(NSSize size, Sources sources)
     : IMGCanvas(size, NSAffineTransform(), std::move(sources)) {}
 
 IMGCanvas::IMGCanvas(NSSize size, const NSAffineTransform& transform, Sources sources)
-    : IMGImage(std::move(sources)),
-      m_size(size),
+    : SizedNode(size, std::move(sources)),
       m_canvas_transform(std::make_shared<NSAffineTransform>(transform)) {}
 
-IMGCanvas::IMGCanvas(Platform::NSCoder& coder) : IMGImage(coder), m_size(coder.decodeSize("size")) {
+IMGCanvas::IMGCanvas(Platform::NSCoder& coder) : SizedNode(coder) {
+    setSize(coder.decodeSize("size"));
     if (const auto decoded = coder.decodeTransform("canvas-transform")) {
         m_canvas_transform = std::make_shared<NSAffineTransform>(*decoded);
     }
@@ -56,29 +61,25 @@ NSAffineTransform IMGCanvas::transform() const {
     return m_canvas_transform != nullptr ? *m_canvas_transform : NSAffineTransform();
 }
 
-IMGBounds IMGCanvas::imageBounds() const {
-    return IMGBounds::boundsWithRect({Platform::NSZeroPoint, m_size}, NSAffineTransform());
-}
-
-std::optional<IMGBounds> IMGCanvas::boundsForImage(const IMGImage& image,
-                                                   const NSAffineTransform& transform) const {
-    if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
-    return IMGBounds::boundsWithRect({Platform::NSZeroPoint, m_size}, transform);
-}
-
 std::shared_ptr<CCImage> IMGCanvas::untransformedImage() {
-    if (m_canvas_image == nullptr) m_canvas_image = renderedNode(*this, m_size);
+    if (m_canvas_image == nullptr) m_canvas_image = renderedNode(*this, size());
     return m_canvas_image;
 }
 
-std::shared_ptr<IMGImage> IMGCanvas::copy() const { return std::make_shared<IMGCanvas>(m_size, sources()); }
+std::shared_ptr<IMGImage> IMGCanvas::copy() const { return std::make_shared<IMGCanvas>(size(), sources()); }
 
 std::string IMGCanvas::archiveClassName() const { return "IMGCanvas"; }
 
 void IMGCanvas::encodeWithCoder(Platform::NSCoder& coder) const {
     IMGImage::encodeWithCoder(coder);
-    coder.encodeSize(m_size, "size");
+    coder.encodeSize(size(), "size");
     if (m_canvas_transform != nullptr) coder.encodeTransform(*m_canvas_transform, "canvas-transform");
+}
+
+std::string IMGCanvas::parameterDescription() const {
+    const std::string words = inWords(size());
+    const NSAffineTransform placed = transform();
+    return placed.isEqual(NSAffineTransform()) ? words : words + " under " + inWords(placed);
 }
 
 // IMGCompositeOp

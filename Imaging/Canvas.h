@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Imaging/Image.h"
+#include "Imaging/SizedNode.h"
 
 #include <memory>
 #include <optional>
@@ -9,10 +10,17 @@
 namespace Imaging {
 
 /// A surface of a fixed size, from (0, 0), on which sources are drawn in order, each under its own transform;
-/// the whole surface lies under one more transform, the canvas transform. The extent is the size, whatever
-/// the sources cover. Drawing by walking down does not cut the sources at the canvas's edges; its rendered
+/// the whole surface lies under one more transform, the canvas transform, which is no part of its bounds.
+/// Drawing by walking down does not cut the sources at the canvas's edges; its rendered
 /// picture ends there.
-class IMAGING_EXPORT IMGCanvas : public IMGImage {
+///
+/// Example:
+/// @code
+/// const auto canvas = IMGCanvas::canvasWithSize(NSMakeSize(800, 600));
+/// canvas->addSource(std::make_shared<IMGImage>());
+/// canvas->rotateByDegrees(15);
+/// @endcode
+class IMAGING_EXPORT IMGCanvas : public SizedNode {
 public:
     static std::shared_ptr<IMGCanvas> canvasWithSize(NSSize size);
 
@@ -23,8 +31,6 @@ public:
     /// Archived under "size" and "canvas-transform"; the zero size and no transform where those are absent.
     explicit IMGCanvas(Platform::NSCoder& coder);
     ~IMGCanvas() override;
-
-    NSSize size() const { return m_size; }
 
     /// The object itself, which may be changed in place; that is announced to nobody. Null where an archive
     /// had none, which acts as the identity.
@@ -48,12 +54,6 @@ public:
     /// A copy of the canvas transform.
     NSAffineTransform transform() const override;
 
-    /// From (0, 0), of the canvas's size, without the canvas transform.
-    IMGBounds imageBounds() const override;
-    std::optional<IMGBounds> boundsForImage(const IMGImage& image,
-                                            const NSAffineTransform& transform) const override;
-    using IMGImage::boundsForImage;
-
     /// The sources drawn into a picture of the canvas's size without the canvas transform, kept until
     /// something drops it; null for a size without finite area. Throws an NSException for a size beyond the
     /// picture limits.
@@ -64,8 +64,10 @@ public:
     std::string archiveClassName() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
+    /// The size, and the canvas transform unless that is the identity.
+    std::string parameterDescription() const override;
+
 private:
-    NSSize m_size;
     std::shared_ptr<NSAffineTransform> m_canvas_transform;
     std::shared_ptr<CCImage> m_canvas_image;
 };

@@ -1,3 +1,6 @@
+// Generators keep no pixels: a draw brings their rectangle or shape to the target's coordinates as polygons,
+// cuts it by the records' clips there, and fills what is left as paths.
+
 #include "Imaging/Generators.h"
 
 #include "Imaging/Drawing/RecordClips.h"
@@ -15,8 +18,6 @@ using Platform::NSGraphicsContext;
 using Platform::NSGraphicsStateScope;
 
 namespace {
-
-NSRect wholeRect(NSSize size) { return {Platform::NSZeroPoint, size}; }
 
 /// The rectangle that stands for no clip: minus a quarter, and one half, of the largest float.
 NSRect unlimitedRect() {
@@ -117,7 +118,7 @@ void appendStrip(NSBezierPath& path, NSPoint lowerLeft, NSSize size) {
     path.closePath();
 }
 
-NSBezierPath frameStrips(NSRect rect, float width) {
+NSBezierPath borderStrips(NSRect rect, float width) {
     const NSPoint origin = rect.origin;
     const NSSize across = {rect.size.width, width};
     const NSSize upright = {width, rect.size.height - 2 * width};
@@ -144,18 +145,18 @@ void fillStrips(const NSBezierPath& strips, const Placement& placement, const NS
     }
 }
 
-void fillFrameInCurrentContext(NSRect rect, float width, const TransformAndClipList& list,
-                               const NSColor& color) {
+void fillBorderInCurrentContext(NSRect rect, float width, const TransformAndClipList& list,
+                                const NSColor& color) {
     const std::shared_ptr<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (context == nullptr) return;
     const NSGraphicsStateScope state;
     const NSAffineTransform transform = addRecordClips(list);
-    NSBezierPath frame = NSBezierPath::bezierPathWithRect(rect);
-    frame.appendBezierPathWithRect(Platform::NSInsetRect(rect, width, width));
-    frame.setWindingRule(Platform::NSWindingRule::EvenOdd);
+    NSBezierPath border = NSBezierPath::bezierPathWithRect(rect);
+    border.appendBezierPathWithRect(Platform::NSInsetRect(rect, width, width));
+    border.setWindingRule(Platform::NSWindingRule::EvenOdd);
     context->concat(transform);
     color.set();
-    frame.fill();
+    border.fill();
 }
 
 } // namespace
@@ -166,26 +167,16 @@ std::shared_ptr<IMGNullGenerator> IMGNullGenerator::generatorWithSize(NSSize siz
     return std::make_shared<IMGNullGenerator>(size);
 }
 
-IMGNullGenerator::IMGNullGenerator(NSSize size) : m_size(size) {}
+IMGNullGenerator::IMGNullGenerator(NSSize size) : SizedNode(size) {}
 
-IMGNullGenerator::IMGNullGenerator(Platform::NSCoder& coder) : IMGImage(coder) {}
+IMGNullGenerator::IMGNullGenerator(Platform::NSCoder& coder) : SizedNode(coder) {}
 
 IMGNullGenerator::~IMGNullGenerator() = default;
-
-IMGBounds IMGNullGenerator::imageBounds() const {
-    return IMGBounds::boundsWithRect(wholeRect(m_size), NSAffineTransform());
-}
-
-std::optional<IMGBounds> IMGNullGenerator::boundsForImage(const IMGImage& image,
-                                                          const NSAffineTransform& transform) const {
-    if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
-    return IMGBounds::boundsWithRect(wholeRect(m_size), transform);
-}
 
 void IMGNullGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList&, int, float,
                                  IMGDrawingTarget*) {}
 
-std::shared_ptr<IMGImage> IMGNullGenerator::copy() const { return generatorWithSize(m_size); }
+std::shared_ptr<IMGImage> IMGNullGenerator::copy() const { return generatorWithSize(size()); }
 
 std::string IMGNullGenerator::archiveClassName() const { return "IMGNullGenerator"; }
 
@@ -204,21 +195,11 @@ IMGConstantImageGenerator::generatorWithSize(NSSize size, const NSColor& color,
 
 IMGConstantImageGenerator::IMGConstantImageGenerator(NSSize size, const NSColor& color,
                                                      std::shared_ptr<NSBezierPath> shape)
-    : m_size(size), m_color(color), m_shape(std::move(shape)) {}
+    : SizedNode(size), m_color(color), m_shape(std::move(shape)) {}
 
-IMGConstantImageGenerator::IMGConstantImageGenerator(Platform::NSCoder& coder) : IMGImage(coder) {}
+IMGConstantImageGenerator::IMGConstantImageGenerator(Platform::NSCoder& coder) : SizedNode(coder) {}
 
 IMGConstantImageGenerator::~IMGConstantImageGenerator() = default;
-
-IMGBounds IMGConstantImageGenerator::imageBounds() const {
-    return IMGBounds::boundsWithRect(wholeRect(m_size), NSAffineTransform());
-}
-
-std::optional<IMGBounds> IMGConstantImageGenerator::boundsForImage(const IMGImage& image,
-                                                                   const NSAffineTransform& transform) const {
-    if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
-    return IMGBounds::boundsWithRect(wholeRect(m_size), transform);
-}
 
 void IMGConstantImageGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list,
                                           int operation, float fraction, IMGDrawingTarget* imageContext) {
@@ -227,7 +208,7 @@ void IMGConstantImageGenerator::drawImage(const std::shared_ptr<CCImage>&, const
     const NSColor color = m_color.colorWithAlphaComponent(fraction);
     Placement placement(list);
     if (m_shape == nullptr) {
-        fillContours(placement.clippedRect(wholeRect(m_size)), color, target);
+        fillContours(placement.clippedRect(wholeRect()), color, target);
         return;
     }
     gpc_owned_polygon shape;
@@ -238,7 +219,7 @@ void IMGConstantImageGenerator::drawImage(const std::shared_ptr<CCImage>&, const
 }
 
 std::shared_ptr<IMGImage> IMGConstantImageGenerator::copy() const {
-    return generatorWithSize(m_size, m_color, m_shape);
+    return generatorWithSize(size(), m_color, m_shape);
 }
 
 std::string IMGConstantImageGenerator::archiveClassName() const { return "IMGConstantImageGenerator"; }
@@ -251,36 +232,26 @@ IMGSimpleFrameGenerator::generatorWithSize(NSSize size, const NSColor& color, fl
 }
 
 IMGSimpleFrameGenerator::IMGSimpleFrameGenerator(NSSize size, const NSColor& color, float frameWidth)
-    : m_size(size), m_color(color), m_frame_width(frameWidth) {}
+    : SizedNode(size), m_color(color), m_frame_width(frameWidth) {}
 
-IMGSimpleFrameGenerator::IMGSimpleFrameGenerator(Platform::NSCoder& coder) : IMGImage(coder) {}
+IMGSimpleFrameGenerator::IMGSimpleFrameGenerator(Platform::NSCoder& coder) : SizedNode(coder) {}
 
 IMGSimpleFrameGenerator::~IMGSimpleFrameGenerator() = default;
-
-IMGBounds IMGSimpleFrameGenerator::imageBounds() const {
-    return IMGBounds::boundsWithRect(wholeRect(m_size), NSAffineTransform());
-}
-
-std::optional<IMGBounds> IMGSimpleFrameGenerator::boundsForImage(const IMGImage& image,
-                                                                 const NSAffineTransform& transform) const {
-    if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
-    return IMGBounds::boundsWithRect(wholeRect(m_size), transform);
-}
 
 void IMGSimpleFrameGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list,
                                         int operation, float fraction, IMGDrawingTarget* imageContext) {
     if (isDrawnByTarget(*this, list, operation, fraction, imageContext)) return;
     const NSColor color = m_color.colorWithAlphaComponent(m_color.alphaComponent() * fraction);
-    const NSRect rect = wholeRect(m_size);
+    const NSRect rect = wholeRect();
     if (GraphicsContext* const target = graphicsContextOf(imageContext)) {
-        fillStrips(frameStrips(rect, m_frame_width), Placement(list), color, target);
+        fillStrips(borderStrips(rect, m_frame_width), Placement(list), color, target);
     } else {
-        fillFrameInCurrentContext(rect, m_frame_width, list, color);
+        fillBorderInCurrentContext(rect, m_frame_width, list, color);
     }
 }
 
 std::shared_ptr<IMGImage> IMGSimpleFrameGenerator::copy() const {
-    return generatorWithSize(m_size, m_color, m_frame_width);
+    return generatorWithSize(size(), m_color, m_frame_width);
 }
 
 std::string IMGSimpleFrameGenerator::archiveClassName() const { return "IMGSimpleFrameGenerator"; }

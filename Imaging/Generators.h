@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Imaging/Image.h"
+#include "Imaging/SizedNode.h"
 #include "Platform/Graphics/BezierPath.h"
 #include "Platform/Graphics/Color.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 
 /// Leaves that make a picture of a size and a colour: from (0, 0), of their size, whatever they paint. They
@@ -22,40 +22,36 @@
 ///
 /// None archives anything of its own: what comes back from an archive has size zero and draws nothing. Copies
 /// are equal to the original; the shape is shared.
+///
+/// Example:
+/// @code
+/// const NSColor blue = NSColor::colorWithCalibratedRed(0, 0, 1, 1);
+/// const auto page = IMGConstantImageGenerator::generatorWithSize(NSMakeSize(400, 300), blue);
+/// const auto border = IMGSimpleFrameGenerator::generatorWithSize(page->size(), blue, 10);
+/// @endcode
 namespace Imaging {
 
 using Platform::NSBezierPath;
 using Platform::NSColor;
 
 /// Draws nothing, through no target either.
-class IMAGING_EXPORT IMGNullGenerator : public IMGImage {
+class IMAGING_EXPORT IMGNullGenerator : public SizedNode {
 public:
     static std::shared_ptr<IMGNullGenerator> generatorWithSize(NSSize size);
     explicit IMGNullGenerator(NSSize size);
     explicit IMGNullGenerator(Platform::NSCoder& coder);
     ~IMGNullGenerator() override;
 
-    /// The rectangle from (0, 0) of the size, under the identity.
-    IMGBounds imageBounds() const override;
-
-    /// Answers for itself only: the same rectangle under the transform.
-    std::optional<IMGBounds> boundsForImage(const IMGImage& image,
-                                            const NSAffineTransform& transform) const override;
-    using IMGImage::boundsForImage;
-
     void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
                    float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
-
-private:
-    NSSize m_size;
 };
 
 /// A rectangle, or a shape, of one colour. The fraction takes the place of the colour's own alpha, which does
-/// not count: a half transparent colour drawn at fraction 1 is opaque. (A frame's alpha does count.)
-class IMAGING_EXPORT IMGConstantImageGenerator : public IMGImage {
+/// not count: a half transparent colour drawn at fraction 1 is opaque. (A border's alpha does count.)
+class IMAGING_EXPORT IMGConstantImageGenerator : public SizedNode {
 public:
     static std::shared_ptr<IMGConstantImageGenerator> generatorWithSize(NSSize size, const NSColor& color);
 
@@ -72,14 +68,6 @@ public:
     explicit IMGConstantImageGenerator(Platform::NSCoder& coder);
     ~IMGConstantImageGenerator() override;
 
-    /// The rectangle from (0, 0) of the size, under the identity, whatever the shape.
-    IMGBounds imageBounds() const override;
-
-    /// Answers for itself only: the same rectangle under the transform.
-    std::optional<IMGBounds> boundsForImage(const IMGImage& image,
-                                            const NSAffineTransform& transform) const override;
-    using IMGImage::boundsForImage;
-
     void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
                    float fraction, IMGDrawingTarget* imageContext) override;
 
@@ -87,35 +75,26 @@ public:
     std::string archiveClassName() const override;
 
 private:
-    NSSize m_size;
     NSColor m_color;
     std::shared_ptr<NSBezierPath> m_shape;
 };
 
-/// A frame along the inside of its rectangle's edges. Its alpha is the colour's own times the fraction.
-class IMAGING_EXPORT IMGSimpleFrameGenerator : public IMGImage {
+/// A border along the inside of its rectangle's edges. Its alpha is the colour's own times the fraction.
+class IMAGING_EXPORT IMGSimpleFrameGenerator : public SizedNode {
 public:
-    /// `frameWidth` is measured inwards from each edge.
+    /// `frameWidth` is the border's, measured inwards from each edge.
     ///
-    /// Through a graphics context the frame is four strips, each cut by the clip and filled by itself: bottom
-    /// and top over the whole width, left and right between them. They do not overlap, so the alpha is even.
-    /// Where twice the width is more than the height, the side strips' heights are negative and they cover
-    /// the others once more. Without a graphics context the frame is what lies between the rectangle and the
-    /// same one inset by the width, by the even-odd rule, in one fill.
+    /// Through a graphics context the border is four strips, each cut by the clip and filled by itself:
+    /// bottom and top over the whole width, left and right between them. They do not overlap, so the alpha is
+    /// even. Where twice the width is more than the height, the side strips' heights are negative and they
+    /// cover the others once more. Without a graphics context the border is what lies between the rectangle
+    /// and the same one inset by the width, by the even-odd rule, in one fill.
     static std::shared_ptr<IMGSimpleFrameGenerator> generatorWithSize(NSSize size, const NSColor& color,
                                                                       float frameWidth);
     IMGSimpleFrameGenerator(NSSize size, const NSColor& color, float frameWidth);
     explicit IMGSimpleFrameGenerator(Platform::NSCoder& coder);
     ~IMGSimpleFrameGenerator() override;
 
-    /// The rectangle from (0, 0) of the size, under the identity.
-    IMGBounds imageBounds() const override;
-
-    /// Answers for itself only: the same rectangle under the transform.
-    std::optional<IMGBounds> boundsForImage(const IMGImage& image,
-                                            const NSAffineTransform& transform) const override;
-    using IMGImage::boundsForImage;
-
     void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
                    float fraction, IMGDrawingTarget* imageContext) override;
 
@@ -123,7 +102,6 @@ public:
     std::string archiveClassName() const override;
 
 private:
-    NSSize m_size;
     NSColor m_color;
     float m_frame_width = 0;
 };
