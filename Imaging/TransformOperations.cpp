@@ -1,6 +1,10 @@
+// Three nodes that are nothing but a transform over their source: one made afresh for each draw, since its
+// object is shared, and two that PlacedNode keeps.
+
 #include "Imaging/TransformOperations.h"
 
-#include "Imaging/CachedImage.h"
+#include "Imaging/CCImage.h"
+#include "Imaging/Words.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <cmath>
@@ -61,6 +65,8 @@ void IMGAffineTransformOp::encodeWithCoder(Platform::NSCoder& coder) const {
     if (m_transform != nullptr) coder.encodeTransform(*m_transform, "transform");
 }
 
+std::string IMGAffineTransformOp::parameterDescription() const { return inWords(affineTransform()); }
+
 std::string IMGAffineTransformOp::name() const { return localizedStringForKey("transform"); }
 
 // IMGRotationOp
@@ -71,10 +77,10 @@ std::shared_ptr<IMGRotationOp> IMGRotationOp::rotationByDegrees(float degrees, N
 }
 
 IMGRotationOp::IMGRotationOp(float degrees, NSPoint origin, std::shared_ptr<IMGImage> sourceImage)
-    : IMGImage(std::move(sourceImage)), m_rotation(degrees), m_origin(origin) {}
+    : PlacedNode(std::move(sourceImage)), m_rotation(degrees), m_origin(origin) {}
 
 IMGRotationOp::IMGRotationOp(Platform::NSCoder& coder)
-    : IMGImage(coder),
+    : PlacedNode(coder),
       m_rotation(coder.decodeFloat("angle-degrees")),
       m_origin(coder.decodePoint("origin")) {}
 
@@ -94,28 +100,12 @@ void IMGRotationOp::setOrigin(NSPoint origin) {
     changed();
 }
 
-NSAffineTransform IMGRotationOp::transform() const {
-    const std::lock_guard<std::recursive_mutex> lock(m_lock);
-    if (!m_cached_transform.has_value()) {
-        NSAffineTransform rotation = IMGImage::transform();
-        rotation.translateXBy(m_origin.x, m_origin.y);
-        rotation.rotateByDegrees(m_rotation);
-        rotation.translateXBy(-m_origin.x, -m_origin.y);
-        m_cached_transform = rotation;
-    }
-    return *m_cached_transform;
-}
-
-void IMGRotationOp::changed() {
-    {
-        const std::lock_guard<std::recursive_mutex> lock(m_lock);
-        m_cached_transform.reset();
-    }
-    IMGImage::changed();
-}
-
-std::shared_ptr<CCImage> IMGRotationOp::untransformedImage() {
-    return sourceAtIndex(0)->untransformedImage();
+NSAffineTransform IMGRotationOp::computedTransform() const {
+    NSAffineTransform rotation = IMGImage::transform();
+    rotation.translateXBy(m_origin.x, m_origin.y);
+    rotation.rotateByDegrees(m_rotation);
+    rotation.translateXBy(-m_origin.x, -m_origin.y);
+    return rotation;
 }
 
 std::shared_ptr<IMGImage> IMGRotationOp::copy() const {
@@ -130,6 +120,10 @@ void IMGRotationOp::encodeWithCoder(Platform::NSCoder& coder) const {
     coder.encodePoint(m_origin, "origin");
 }
 
+std::string IMGRotationOp::parameterDescription() const {
+    return inWords(m_rotation) + " degrees about " + inWords(m_origin);
+}
+
 std::string IMGRotationOp::name() const { return localizedStringForKey("rotation"); }
 
 // IMGTranslationOp
@@ -140,10 +134,10 @@ std::shared_ptr<IMGTranslationOp> IMGTranslationOp::translationBy(NSPoint transl
 }
 
 IMGTranslationOp::IMGTranslationOp(NSPoint translation, std::shared_ptr<IMGImage> sourceImage)
-    : IMGImage(std::move(sourceImage)), m_translation(translation) {}
+    : PlacedNode(std::move(sourceImage)), m_translation(translation) {}
 
 IMGTranslationOp::IMGTranslationOp(Platform::NSCoder& coder)
-    : IMGImage(coder), m_translation(coder.decodePoint("translation")) {}
+    : PlacedNode(coder), m_translation(coder.decodePoint("translation")) {}
 
 IMGTranslationOp::~IMGTranslationOp() = default;
 
@@ -153,26 +147,10 @@ void IMGTranslationOp::setTranslation(NSPoint translation) {
     changed();
 }
 
-NSAffineTransform IMGTranslationOp::transform() const {
-    const std::lock_guard<std::recursive_mutex> lock(m_lock);
-    if (!m_cached_transform.has_value()) {
-        NSAffineTransform shift = IMGImage::transform();
-        shift.translateXBy(m_translation.x, m_translation.y);
-        m_cached_transform = shift;
-    }
-    return *m_cached_transform;
-}
-
-void IMGTranslationOp::changed() {
-    {
-        const std::lock_guard<std::recursive_mutex> lock(m_lock);
-        m_cached_transform.reset();
-    }
-    IMGImage::changed();
-}
-
-std::shared_ptr<CCImage> IMGTranslationOp::untransformedImage() {
-    return sourceAtIndex(0)->untransformedImage();
+NSAffineTransform IMGTranslationOp::computedTransform() const {
+    NSAffineTransform shift = IMGImage::transform();
+    shift.translateXBy(m_translation.x, m_translation.y);
+    return shift;
 }
 
 std::shared_ptr<IMGImage> IMGTranslationOp::copy() const {
@@ -185,6 +163,8 @@ void IMGTranslationOp::encodeWithCoder(Platform::NSCoder& coder) const {
     IMGImage::encodeWithCoder(coder);
     coder.encodePoint(m_translation, "translation");
 }
+
+std::string IMGTranslationOp::parameterDescription() const { return inWords(m_translation); }
 
 std::string IMGTranslationOp::name() const { return localizedStringForKey("translation"); }
 

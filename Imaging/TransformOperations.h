@@ -1,15 +1,21 @@
 #pragma once
 
 #include "Imaging/Image.h"
+#include "Imaging/PlacedNode.h"
 
 #include <memory>
-#include <mutex>
-#include <optional>
 #include <string>
 
 /// Nodes that draw their one source (at index 0) under a transform. They touch no pixels: whoever draws them
 /// applies the transform, and their bounds are the source's with it. `copy` and `untransformedImage` throw an
 /// NSException (NSRangeException) where an archive gave such a node no source.
+///
+/// Example:
+/// @code
+/// const auto picture = std::make_shared<IMGImage>();
+/// const auto turned = IMGRotationOp::rotationByDegrees(30, NSMakePoint(50, 25), picture);
+/// const auto placed = IMGTranslationOp::translationBy(NSMakePoint(100, 0), turned);
+/// @endcode
 namespace Imaging {
 
 /// Any affine transform.
@@ -40,6 +46,9 @@ public:
     std::string archiveClassName() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
+    /// The transform's six entries.
+    std::string parameterDescription() const override;
+
     /// What users call the operation, in their language (key "transform").
     std::string name() const;
 
@@ -48,10 +57,7 @@ private:
 };
 
 /// A rotation about a point.
-///
-/// The transform is computed once and kept until the next `changed`. A lock of the node's own guards what is
-/// kept, so `transform` and `changed` may be called on several threads at once; the setters may not.
-class IMAGING_EXPORT IMGRotationOp : public IMGImage {
+class IMAGING_EXPORT IMGRotationOp : public PlacedNode {
 public:
     /// Degrees count counter-clockwise; `origin` is the centre, in the source's space.
     static std::shared_ptr<IMGRotationOp> rotationByDegrees(float degrees, NSPoint around,
@@ -74,25 +80,26 @@ public:
     /// Sends `changed`, unless the point equals the present one exactly.
     void setOrigin(NSPoint origin);
 
-    NSAffineTransform transform() const override;
-    void changed() override;
-    std::shared_ptr<CCImage> untransformedImage() override;
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
+    /// The degrees and the centre.
+    std::string parameterDescription() const override;
+
     /// What users call the operation, in their language (key "rotation").
     std::string name() const;
 
+protected:
+    NSAffineTransform computedTransform() const override;
+
 private:
-    mutable std::recursive_mutex m_lock;
-    mutable std::optional<NSAffineTransform> m_cached_transform;
     float m_rotation;
     NSPoint m_origin;
 };
 
-/// A shift. Its transform is kept and locked like a rotation's.
-class IMAGING_EXPORT IMGTranslationOp : public IMGImage {
+/// A shift.
+class IMAGING_EXPORT IMGTranslationOp : public PlacedNode {
 public:
     static std::shared_ptr<IMGTranslationOp> translationBy(NSPoint translation,
                                                            std::shared_ptr<IMGImage> sourceImage);
@@ -108,19 +115,20 @@ public:
     /// Sends `changed`, unless the point equals the present one exactly.
     void setTranslation(NSPoint translation);
 
-    NSAffineTransform transform() const override;
-    void changed() override;
-    std::shared_ptr<CCImage> untransformedImage() override;
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
+    /// The shift.
+    std::string parameterDescription() const override;
+
     /// What users call the operation, in their language (key "translation").
     std::string name() const;
 
+protected:
+    NSAffineTransform computedTransform() const override;
+
 private:
-    mutable std::recursive_mutex m_lock;
-    mutable std::optional<NSAffineTransform> m_cached_transform;
     NSPoint m_translation;
 };
 

@@ -1,6 +1,10 @@
+// The eight symmetries and the tables over them. A type's mapping is about (0, 0); the node moves it to the
+// middle of its source's bounds.
+
 #include "Imaging/Transpose.h"
 
-#include "Imaging/CachedImage.h"
+#include "Imaging/CCImage.h"
+#include "Imaging/Drawing/AssertionLines.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/LocalizedString.h"
 
@@ -71,9 +75,10 @@ std::int32_t IMGTransposeOp::type(std::int32_t type, std::int32_t modifiedBy) {
     if (modifiedBy < MODIFY_ROTATE_CLOCKWISE || modifiedBy > MODIFY_FLIP_VERTICAL) {
         Platform::parameterAssertionFailed("modification_type >= MODIFY_ROTATE_CLOCKWISE && "
                                            "modification_type <= MODIFY_FLIP_VERTICAL",
-                                           sourceName, 94);
+                                           sourceName, AssertionLines::transposeModification);
     }
-    if (!isType(type)) Platform::parameterAssertionFailed(typeCondition, sourceName, 95);
+    if (!isType(type))
+        Platform::parameterAssertionFailed(typeCondition, sourceName, AssertionLines::transposeModifiedType);
     const std::int64_t row = std::int64_t{modifiedBy} - MODIFY_ROTATE_CLOCKWISE;
     const std::int64_t index = type + row * typeCount;
     if (index < 0 || index >= std::ssize(modifiedTypes)) return type;
@@ -82,15 +87,15 @@ std::int32_t IMGTransposeOp::type(std::int32_t type, std::int32_t modifiedBy) {
 
 std::int32_t IMGTransposeOp::reversedType(std::int32_t type) {
     if (isType(type)) return reversedTypes[static_cast<std::size_t>(type)];
-    Platform::parameterAssertionFailed(typeCondition, sourceName, 107);
+    Platform::parameterAssertionFailed(typeCondition, sourceName, AssertionLines::transposeReversedType);
     return type;
 }
 
 IMGTransposeOp::IMGTransposeOp(std::int32_t type, std::shared_ptr<IMGImage> sourceImage)
-    : IMGImage(std::move(sourceImage)), m_type(type) {}
+    : PlacedNode(std::move(sourceImage)), m_type(type) {}
 
 IMGTransposeOp::IMGTransposeOp(Platform::NSCoder& coder)
-    : IMGImage(coder), m_type(static_cast<std::int32_t>(coder.decodeInt("type"))) {}
+    : PlacedNode(coder), m_type(static_cast<std::int32_t>(coder.decodeInt("type"))) {}
 
 IMGTransposeOp::~IMGTransposeOp() = default;
 
@@ -104,31 +109,15 @@ std::int32_t IMGTransposeOp::nextType(std::int32_t modification) const { return 
 
 void IMGTransposeOp::modifyType(std::int32_t modification) { setType(nextType(modification)); }
 
-NSAffineTransform IMGTransposeOp::transform() const {
-    const std::lock_guard<std::recursive_mutex> lock(m_lock);
-    if (!m_cached_transform.has_value()) {
-        const NSRect bounds = sourceAtIndex(0)->imageBoundsRect();
-        const auto centreX = static_cast<float>(bounds.origin.x + bounds.size.width * 0.5);
-        const auto centreY = static_cast<float>(bounds.origin.y + bounds.size.height * 0.5);
-        NSAffineTransform transposed = IMGImage::transform();
-        transposed.translateXBy(centreX, centreY);
-        prependSteps(transposed, m_type);
-        transposed.translateXBy(-centreX, -centreY);
-        m_cached_transform = transposed;
-    }
-    return *m_cached_transform;
-}
-
-void IMGTransposeOp::changed() {
-    {
-        const std::lock_guard<std::recursive_mutex> lock(m_lock);
-        m_cached_transform.reset();
-    }
-    IMGImage::changed();
-}
-
-std::shared_ptr<CCImage> IMGTransposeOp::untransformedImage() {
-    return sourceAtIndex(0)->untransformedImage();
+NSAffineTransform IMGTransposeOp::computedTransform() const {
+    const NSRect bounds = sourceAtIndex(0)->imageBoundsRect();
+    const auto centreX = static_cast<float>(bounds.origin.x + bounds.size.width * 0.5);
+    const auto centreY = static_cast<float>(bounds.origin.y + bounds.size.height * 0.5);
+    NSAffineTransform transposed = IMGImage::transform();
+    transposed.translateXBy(centreX, centreY);
+    prependSteps(transposed, m_type);
+    transposed.translateXBy(-centreX, -centreY);
+    return transposed;
 }
 
 std::shared_ptr<IMGImage> IMGTransposeOp::copy() const {
@@ -140,6 +129,13 @@ std::string IMGTransposeOp::archiveClassName() const { return "IMGTransposeOp"; 
 void IMGTransposeOp::encodeWithCoder(Platform::NSCoder& coder) const {
     IMGImage::encodeWithCoder(coder);
     coder.encodeInt(m_type, "type");
+}
+
+std::string IMGTransposeOp::parameterDescription() const {
+    static constexpr std::array<const char*, typeCount> names = {
+        "FLIP_VERTICAL", "FLIP_HORIZONTAL", "FLIP_ANTIDIAGONAL", "FLIP_DIAGONAL",
+        "ROTATE_0",      "ROTATE_90",       "ROTATE_180",        "ROTATE_270"};
+    return isType(m_type) ? names[static_cast<std::size_t>(m_type)] : "type " + std::to_string(m_type);
 }
 
 std::string IMGTransposeOp::name() const { return Platform::localizedStringForKey("transpose"); }

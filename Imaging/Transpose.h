@@ -1,11 +1,10 @@
 #pragma once
 
 #include "Imaging/Image.h"
+#include "Imaging/PlacedNode.h"
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
-#include <optional>
 #include <string>
 
 namespace Imaging {
@@ -34,10 +33,13 @@ enum IMGTransposeModification : std::int32_t {
 /// Turns or mirrors its one source (at index 0) about the centre of the source's bounding rectangle. Like the
 /// other transform operations it touches no pixels; it throws where an archive gave it no source.
 ///
-/// The transform is computed once and kept until the next `changed`, which a change of the source brings too.
-/// A lock of the node's own guards it, so `transform` and `changed` may be called on several threads at once;
-/// `setType` may not.
-class IMAGING_EXPORT IMGTransposeOp : public IMGImage {
+/// Example:
+/// @code
+/// const auto picture = std::make_shared<IMGImage>();
+/// const auto upright = IMGTransposeOp::transposeOfType(ROTATE_270, picture);
+/// upright->modifyType(MODIFY_FLIP_HORIZONTAL);
+/// @endcode
+class IMAGING_EXPORT IMGTransposeOp : public PlacedNode {
 public:
     static std::shared_ptr<IMGTransposeOp> transposeOfType(std::int32_t type,
                                                            std::shared_ptr<IMGImage> sourceImage);
@@ -69,19 +71,23 @@ public:
     /// Takes on that type.
     void modifyType(std::int32_t modification);
 
-    NSAffineTransform transform() const override;
-    void changed() override;
-    std::shared_ptr<CCImage> untransformedImage() override;
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
+    bool needsSource() const override { return true; }
+
+    /// The type's name, or its number where it has none.
+    std::string parameterDescription() const override;
+
     /// What users call the operation, in their language (key "transpose").
     std::string name() const;
 
+protected:
+    /// Asks the source for its bounds.
+    NSAffineTransform computedTransform() const override;
+
 private:
-    mutable std::recursive_mutex m_lock;
-    mutable std::optional<NSAffineTransform> m_cached_transform;
     std::int32_t m_type;
 };
 
