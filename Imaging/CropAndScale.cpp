@@ -1,9 +1,15 @@
+// The fitting is one transform, formed in floats whenever it is needed: drawing hands it on as a record with
+// the area as its clip, so no pixels are made unless somebody asks for the node's picture.
+
 #include "Imaging/CropAndScale.h"
 
-#include "Imaging/CachedImage.h"
+#include "Imaging/CCImage.h"
 #include "Imaging/Drawing/RenderedNode.h"
+#include "Imaging/Geometry.h"
+#include "Imaging/Words.h"
 #include "Platform/Foundation/LocalizedString.h"
 
+#include <array>
 #include <utility>
 
 namespace Imaging {
@@ -92,7 +98,7 @@ void IMGCropAndScale::calculateTransform(NSAffineTransform& transform, NSRect ar
 }
 
 IMGBounds IMGCropAndScale::imageBounds() const {
-    return IMGBounds::boundsWithRect({Platform::NSZeroPoint, _target_size}, NSAffineTransform());
+    return IMGBounds::boundsWithRect(RectFromSize(_target_size), NSAffineTransform());
 }
 
 std::optional<IMGBounds> IMGCropAndScale::boundsForImage(const IMGImage& image,
@@ -109,10 +115,9 @@ void IMGCropAndScale::drawImage(const std::shared_ptr<CCImage>& image, const Tra
     const std::shared_ptr<IMGImage> source = sourceAtIndex(0);
     NSAffineTransform fitting;
     calculateTransform(fitting, _source_area);
-    const auto fitted = _do_clip
-                            ? TransformAndClipRect::transformAndClipRectWithTransform(fitting, _source_area)
-                            : TransformAndClipRect::transformAndClipRectWithTransform(fitting);
-    const auto own = TransformAndClipRect::transformAndClipRectWithTransform(source->transform());
+    const TransformAndClipRect fitted =
+        _do_clip ? TransformAndClipRect(fitting, _source_area) : TransformAndClipRect(fitting);
+    const TransformAndClipRect own(source->transform());
     source->drawImage(image, list.appending(fitted).appending(own), operation, fraction, imageContext);
 }
 
@@ -159,6 +164,14 @@ std::string IMGCropAndScale::description() const {
            ", Source area:" + Platform::NSStringFromRect(_source_area) +
            ", Target size:" + Platform::NSStringFromSize(_target_size) +
            ", Image scaling:" + std::to_string(_image_scaling) + ", " + (_do_clip ? "CLIP" : "NO_CLIP");
+}
+
+std::string IMGCropAndScale::parameterDescription() const {
+    static constexpr std::array names = {"SCALE_PROPORTIONALLY", "SCALE_TO_FILL", "SCALE_NONE"};
+    const auto mode = static_cast<std::uint32_t>(_image_scaling);
+    const std::string scaling = mode < names.size() ? names[mode] : "mode " + std::to_string(_image_scaling);
+    return inWords(_source_area) + " to " + inWords(_target_size) + " " + scaling +
+           (_do_clip ? " CLIP" : " NO_CLIP");
 }
 
 std::string IMGCropAndScale::name() const { return Platform::localizedStringForKey("crop"); }

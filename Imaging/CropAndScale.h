@@ -20,6 +20,14 @@ enum IMGImageScaling : std::int32_t {
 /// into a slide. An area or a target without width or height gives factors that are infinite or no numbers,
 /// and then nothing is drawn. Drawing, `copy` and the bounds search throw an NSException (NSRangeException)
 /// where an archive gave the node no source.
+///
+/// Example:
+/// @code
+/// const auto picture = std::make_shared<IMGImage>();
+/// const NSRect face = NSMakeRect(120, 80, 200, 150);
+/// const auto thumbnail =
+///     IMGCropAndScale::cropWithSourceImage(picture, face, NSMakeSize(64, 48), SCALE_TO_FILL, true);
+/// @endcode
 class IMAGING_EXPORT IMGCropAndScale : public IMGImage {
 public:
     /// `sourceArea` lies in the space that the source is drawn in, with the source's own transform applied.
@@ -77,6 +85,11 @@ public:
 
     /// All that the node holds, in one line, for logs.
     std::string description() const override;
+
+    bool needsSource() const override { return true; }
+
+    /// The area, the target size, the scaling and whether it clips.
+    std::string parameterDescription() const override;
 
     /// What users call the operation, in their language (key "crop").
     std::string name() const;
