@@ -1,6 +1,10 @@
+// Zoom and iris scale a picture's rectangles about their middle by the weight; the colour fade is a dissolve
+// with a layer of colour, first from one picture and then to the other.
+
 #include "Imaging/ApertureTransitions.h"
 
 #include "Imaging/Generators.h"
+#include "Imaging/Geometry.h"
 #include "Imaging/TransformOperations.h"
 #include "Imaging/TransitionParts/TransitionParts.h"
 
@@ -12,11 +16,11 @@ namespace {
 
 /// Both pictures at their places; `adjust` gives the moving one its present area and place by its share.
 template<class Adjust>
-std::shared_ptr<IMGCropAndScale> overOneAnother(std::shared_ptr<IMGImage> fromImage,
-                                                std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                                std::int32_t inOut, float weight, const Adjust& adjust) {
-    TransitionPart from = fittedPart(std::move(fromImage), frameRect(imageSize));
-    TransitionPart to = fittedPart(std::move(toImage), frameRect(imageSize));
+std::shared_ptr<IMGCropAndScale>
+overOneAnother(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage, NSSize imageSize,
+               EnumOrNumber<IMGTransitionInOut> inOut, float weight, const Adjust& adjust) {
+    TransitionPart from = fittedPart(std::move(fromImage), RectFromSize(imageSize));
+    TransitionPart to = fittedPart(std::move(toImage), RectFromSize(imageSize));
     if (inOut == IMGTransitionIn) adjust(to, weight);
     if (inOut == IMGTransitionOut) adjust(from, 1 - weight);
     std::shared_ptr<IMGImage> lower = placed(std::move(from), SCALE_TO_FILL, true);
@@ -36,7 +40,7 @@ std::shared_ptr<IMGImage> colorLayer(const IMGImage& image, const NSColor& color
 std::shared_ptr<IMGCropAndScale>
 IMGZoomTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                             std::int32_t inOut, float weight) {
+                                             EnumOrNumber<IMGTransitionInOut> inOut, float weight) {
     return overOneAnother(
         std::move(fromImage), std::move(toImage), imageSize, inOut, weight,
         [](TransitionPart& part, float share) { part.place = scaledAboutCentre(part.place, share); });
@@ -45,7 +49,7 @@ IMGZoomTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage
 std::shared_ptr<IMGCropAndScale>
 IMGIrisTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                             std::int32_t inOut, float weight) {
+                                             EnumOrNumber<IMGTransitionInOut> inOut, float weight) {
     return overOneAnother(std::move(fromImage), std::move(toImage), imageSize, inOut, weight,
                           [](TransitionPart& part, float share) {
                               part.area = scaledAboutCentre(part.area, share);

@@ -5,12 +5,19 @@
 #include "Imaging/Transitions.h"
 #include "Platform/Graphics/Color.h"
 
-#include <cstdint>
 #include <memory>
 
 /// Transitions that work from the middle of a picture or on the whole of it. There are no objects of these
 /// classes: each function makes a graph of other nodes for one weight (see Transitions.h for what all of them
 /// share).
+///
+/// Example:
+/// @code
+/// const auto from = IMGCropAndScale::cropWithSourceImage(
+///     std::make_shared<IMGImage>(), NSMakeRect(0, 0, 4, 3), NSMakeSize(640, 480), SCALE_TO_FILL, true);
+/// const auto opening = IMGIrisTransitionOp::transitionWithFromImage(
+///     from, from->copy(), NSMakeSize(640, 480), IMGTransitionIn, 0.25F);
+/// @endcode
 namespace Imaging {
 
 using Platform::NSColor;
@@ -20,12 +27,11 @@ class IMAGING_EXPORT IMGZoomTransitionOp {
 public:
     IMGZoomTransitionOp() = delete;
 
-    /// `inOut` is an IMGTransitionInOut. In: "to" is scaled by `weight`. Out: "from" by 1 - weight. For other
+    /// In: "to" is scaled by `weight`. Out: "from" by 1 - weight. For other
     /// numbers "from" lies over "to", both whole.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t inOut,
-                                                                    float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionInOut> inOut, float weight);
 };
 
 /// A rectangular aperture in the middle of one picture opens or closes over the other one. Both stay where
@@ -34,12 +40,11 @@ class IMAGING_EXPORT IMGIrisTransitionOp {
 public:
     IMGIrisTransitionOp() = delete;
 
-    /// `inOut` is an IMGTransitionInOut. In: `weight` of the width and height of "to" are seen. Out: 1 -
+    /// In: `weight` of the width and height of "to" are seen. Out: 1 -
     /// weight of those of "from". For other numbers "from" lies over "to", both whole.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t inOut,
-                                                                    float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionInOut> inOut, float weight);
 };
 
 /// "from" dissolves into a plain colour, and the colour into "to". The colour covers the bounds of the

@@ -1,3 +1,5 @@
+// Every operation is one call of the platform's between saving and restoring the graphics state.
+
 #include "Imaging/CocoaGraphicsContext.h"
 
 #include "Imaging/GraphicsUtilities.h"
@@ -66,6 +68,7 @@ void CocoaGraphicsContext::drawImage(IMGImage& node, const TransformAndClipList&
 
 void CocoaGraphicsContext::drawCubeTransition(const std::shared_ptr<IMGImage>&,
                                               const std::shared_ptr<IMGImage>&, NSRect,
-                                              const TransformAndClipList&, std::int32_t, float, float) {}
+                                              const TransformAndClipList&, IMGTransitionDirection, float,
+                                              float) {}
 
 } // namespace Imaging

@@ -7,6 +7,14 @@ namespace Imaging {
 /// The drawing target that draws with the platform's 2-D graphics into whatever context is the thread's
 /// current one; without one nothing is drawn. Every operation leaves the graphics state as it found it, also
 /// when drawing throws. Bounds clip nothing.
+///
+/// Example:
+/// @code
+/// CocoaGraphicsContext target;
+/// target.beginDrawing(NSMakeRect(0, 0, 400, 300));
+/// target.drawHintText("no picture", target.bounds());
+/// target.endDrawing();
+/// @endcode
 class IMAGING_EXPORT CocoaGraphicsContext : public GraphicsContext {
 public:
     CocoaGraphicsContext();
@@ -42,8 +50,8 @@ public:
     /// Does nothing: the cube needs a target that draws in three dimensions.
     void drawCubeTransition(const std::shared_ptr<IMGImage>& fromImage,
                             const std::shared_ptr<IMGImage>& toImage, NSRect destinationRect,
-                            const TransformAndClipList& transformClip, std::int32_t direction, float weight,
-                            float alpha) override;
+                            const TransformAndClipList& transformClip, IMGTransitionDirection direction,
+                            float weight, float alpha) override;
 };
 
 } // namespace Imaging

@@ -1,9 +1,12 @@
+// A weight becomes shares of rectangles at an edge; crops and translations then show each picture's share at
+// its place, on a canvas of the frame's size.
+
 #include "Imaging/DirectionalTransitions.h"
 
 #include "Imaging/Generators.h"
+#include "Imaging/Geometry.h"
 #include "Imaging/TransformOperations.h"
 #include "Imaging/TransitionParts/TransitionParts.h"
-#include "Imaging/Transitions.h"
 
 #include <optional>
 #include <utility>
@@ -18,7 +21,7 @@ void cut(TransitionPart& part, Edge areaEdge, Edge placeEdge, Shares shares) {
     part.place = shareAtEdge(part.place, placeEdge, shares);
 }
 
-std::int32_t reversed(std::int32_t direction) {
+IMGTransitionDirection reversed(IMGTransitionDirection direction) {
     switch (direction) {
     case IMGTransitionDirectionLeft:
         return IMGTransitionDirectionRight;
@@ -48,9 +51,9 @@ NSRect stripPanel(NSRect frame, Edge edge, float number, float weight) {
 std::shared_ptr<IMGCropAndScale>
 IMGPushTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                             std::int32_t direction, float weight) {
-    TransitionPart from = fillingPart(std::move(fromImage), frameRect(imageSize));
-    TransitionPart to = fillingPart(std::move(toImage), frameRect(imageSize));
+                                             EnumOrNumber<IMGTransitionDirection> direction, float weight) {
+    TransitionPart from = fillingPart(std::move(fromImage), RectFromSize(imageSize));
+    TransitionPart to = fillingPart(std::move(toImage), RectFromSize(imageSize));
     if (const std::optional<Edge> exit = enteringEdge(direction)) {
         const Edge entry = opposite(*exit);
         const Shares shares{weight, 1 - weight};
@@ -62,12 +65,11 @@ IMGPushTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage
                         imageSize);
 }
 
-std::shared_ptr<IMGCropAndScale>
-IMGSlideTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                              std::int32_t direction, std::int32_t inOut, float weight) {
-    TransitionPart still = fittedPart(std::move(fromImage), frameRect(imageSize));
-    TransitionPart moving = fittedPart(std::move(toImage), frameRect(imageSize));
+std::shared_ptr<IMGCropAndScale> IMGSlideTransitionOp::transitionWithFromImage(
+    std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage, NSSize imageSize,
+    EnumOrNumber<IMGTransitionDirection> direction, EnumOrNumber<IMGTransitionInOut> inOut, float weight) {
+    TransitionPart still = fittedPart(std::move(fromImage), RectFromSize(imageSize));
+    TransitionPart moving = fittedPart(std::move(toImage), RectFromSize(imageSize));
     // Leaving is coming in run backwards.
     if (inOut == IMGTransitionOut) {
         std::swap(still, moving);
@@ -89,9 +91,9 @@ IMGSlideTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImag
 std::shared_ptr<IMGCropAndScale>
 IMGWipeTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                             std::int32_t direction, float weight) {
-    TransitionPart from = fittedPart(std::move(fromImage), frameRect(imageSize));
-    TransitionPart to = fittedPart(std::move(toImage), frameRect(imageSize));
+                                             EnumOrNumber<IMGTransitionDirection> direction, float weight) {
+    TransitionPart from = fittedPart(std::move(fromImage), RectFromSize(imageSize));
+    TransitionPart to = fittedPart(std::move(toImage), RectFromSize(imageSize));
     if (const std::optional<Edge> entry = enteringEdge(direction)) {
         const Shares shares{weight, 1 - weight};
         cut(from, opposite(*entry), opposite(*entry), shares.swapped());
@@ -104,8 +106,8 @@ IMGWipeTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage
 
 std::shared_ptr<IMGCropAndScale> IMGSlideChangerTransitionOp::transitionWithFromImage(
     std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-    std::int32_t direction, const NSColor& color, float weight) {
-    const NSRect frame = frameRect(imageSize);
+    EnumOrNumber<IMGTransitionDirection> direction, const NSColor& color, float weight) {
+    const NSRect frame = RectFromSize(imageSize);
     const std::optional<Edge> entry = enteringEdge(direction);
     const auto panel = [&](float number) {
         return entry.has_value() ? stripPanel(frame, *entry, number, weight) : frame;

@@ -2,17 +2,25 @@
 
 #include "Imaging/CropAndScale.h"
 #include "Imaging/Image.h"
+#include "Imaging/TransitionDirection.h"
 #include "Platform/Graphics/Color.h"
 
-#include <cstdint>
 #include <memory>
 
 /// Transitions that move or uncover pictures along an axis. There are no objects of these classes: each
 /// function makes a graph of other nodes for one weight (see Transitions.h for what all of them share).
-/// `direction` is an IMGTransitionDirection; any other number stands for no movement.
+/// A direction without a name stands for no movement.
 ///
 /// Where two parts meet between two pixels, each covers that column or row of pixels in part, as
 /// antialiasing has it, and what lies below shows through a little.
+///
+/// Example:
+/// @code
+/// const auto from = IMGCropAndScale::cropWithSourceImage(
+///     std::make_shared<IMGImage>(), NSMakeRect(0, 0, 4, 3), NSMakeSize(640, 480), SCALE_TO_FILL, true);
+/// const auto halfWay = IMGPushTransitionOp::transitionWithFromImage(
+///     from, from->copy(), NSMakeSize(640, 480), IMGTransitionDirectionLeft, 0.5F);
+/// @endcode
 namespace Imaging {
 
 using Platform::NSColor;
@@ -26,10 +34,9 @@ public:
 
     /// Left (1): "to" enters at the right edge, right (2): at the left, up (3): at the bottom, down (4): at
     /// the top.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t direction,
-                                                                    float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionDirection> direction, float weight);
 };
 
 /// One picture slides over the other one, which stays where it is fitted into the frame. The moving picture
@@ -42,10 +49,10 @@ public:
 
     /// In (1): "to" comes in over "from", in the direction. Out (2): "from" leaves over "to", in the
     /// direction. Other numbers than 2 are taken as in.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t direction,
-                                                                    std::int32_t inOut, float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionDirection> direction,
+                            EnumOrNumber<IMGTransitionInOut> inOut, float weight);
 };
 
 /// Nothing moves but a boundary that uncovers "to" and takes "from" away, each at its fitted place. Without
@@ -56,10 +63,9 @@ public:
 
     /// 1: from the left edge to the right, 2: from the right edge, 3: from the top edge, 4: from the bottom
     /// edge.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t direction,
-                                                                    float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionDirection> direction, float weight);
 };
 
 /// "from", a panel of a colour and "to", each as large as the frame, pass by as one strip: at weight 0.5 the
@@ -70,10 +76,10 @@ public:
 
     /// 1: the strip moves right, so that "to" arrives from the left; 2: left, 3: down, 4: up. The colour's
     /// own alpha does not count.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t direction,
-                                                                    const NSColor& color, float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionDirection> direction,
+                            const NSColor& color, float weight);
 };
 
 } // namespace Imaging

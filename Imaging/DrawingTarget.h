@@ -10,6 +10,16 @@ class TransformAndClipList;
 
 /// What a draw hands down to be asked to draw a node in a way of its own, for example from textures: a
 /// drawing target, or a node that stands in for one.
+///
+/// Example:
+/// @code
+/// class Counting : public IMGDrawingTarget {
+/// public:
+///     int nodes = 0;
+///     void drawImage(IMGImage&, const TransformAndClipList&, int, float) override { ++nodes; }
+/// };
+/// const bool drawsShapes = Counting().graphicsContext() != nullptr; // false: it is asked for whole nodes
+/// @endcode
 class IMAGING_EXPORT IMGDrawingTarget {
 public:
     virtual ~IMGDrawingTarget();

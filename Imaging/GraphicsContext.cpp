@@ -1,10 +1,11 @@
+// What a drawing target is before it draws anything: it keeps the bounds and the clip rectangle, and every
+// operation but the focus ring, which is made of another one, does nothing.
+
 #include "Imaging/GraphicsContext.h"
 
 #include "Platform/Graphics/Appearance.h"
 
 namespace Imaging {
-
-IMGDrawingTarget::~IMGDrawingTarget() = default;
 
 GraphicsContext::GraphicsContext() = default;
 
@@ -55,6 +56,7 @@ void GraphicsContext::drawImage(IMGImage&, const TransformAndClipList&, int, flo
 void GraphicsContext::preloadBitmap(const std::shared_ptr<NSBitmapImageRep>&, float) {}
 
 void GraphicsContext::drawCubeTransition(const std::shared_ptr<IMGImage>&, const std::shared_ptr<IMGImage>&,
-                                         NSRect, const TransformAndClipList&, std::int32_t, float, float) {}
+                                         NSRect, const TransformAndClipList&, IMGTransitionDirection, float,
+                                         float) {}
 
 } // namespace Imaging

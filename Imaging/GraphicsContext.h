@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Imaging/DrawingTarget.h"
+#include "Imaging/TransitionDirection.h"
 #include "Platform/Foundation/Geometry.h"
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -23,11 +23,22 @@ using Platform::NSRect;
 
 /// The abstract drawing target that views own and hand to every draw. Coordinates are those of the target's
 /// bounds, y upward. Every operation of this base class does nothing, but for the bounds, the image clip
-/// rectangle and the focus ring, which it frames with its own `frameRect`.
+/// rectangle and the focus ring, which it draws with its own `frameRect`.
 ///
 /// A view calls `prepareOnce` once it exists; for each frame `beginDrawing` with its bounds, any number of
 /// drawing operations, `endDrawing`; `reprepare` when it is attached again; `unprepare` before it goes. One
 /// target belongs to one thread at a time. No operation leaves a colour, clip or operation behind.
+///
+/// Example:
+/// @code
+/// class Counting : public GraphicsContext {
+/// public:
+///     int texts = 0;
+///     void drawHintText(const std::string&, NSRect) override { ++texts; }
+/// };
+/// Counting target;
+/// target.drawHintText("no picture", NSMakeRect(0, 0, 100, 40));
+/// @endcode
 class IMAGING_EXPORT GraphicsContext : public IMGDrawingTarget {
 public:
     GraphicsContext();
@@ -51,7 +62,7 @@ public:
     virtual void beginDrawing(NSRect rect);
     virtual void endDrawing();
 
-    /// The nine-piece frame that fills the rectangle, on the window background where the flag says so.
+    /// The nine-piece border that fills the rectangle, on the window background where the flag says so.
     virtual void drawFrameInside(NSRect rect, bool drawBackground);
 
     /// A text in the middle of the rectangle, neither wrapped nor clipped. UTF-8.
@@ -62,7 +73,7 @@ public:
 
     virtual void fillRect(NSRect rect, const NSColor& color, int operation);
 
-    /// A frame of a width, inwards from the rectangle's edges.
+    /// A border of a width, inwards from the rectangle's edges.
     virtual void frameRect(NSRect rect, const NSColor& color, float lineWidth);
 
     virtual void fillBezierPath(const NSBezierPath& path, const NSColor& color);
@@ -90,8 +101,8 @@ public:
     /// to 1, in an IMGTransitionDirection, drawn into the rectangle under the records.
     virtual void drawCubeTransition(const std::shared_ptr<IMGImage>& fromImage,
                                     const std::shared_ptr<IMGImage>& toImage, NSRect destinationRect,
-                                    const TransformAndClipList& transformClip, std::int32_t direction,
-                                    float weight, float alpha);
+                                    const TransformAndClipList& transformClip,
+                                    IMGTransitionDirection direction, float weight, float alpha);
 
     GraphicsContext* graphicsContext() override { return this; }
 

@@ -1,5 +1,9 @@
+// The three transitions that draw by themselves. Two draw their sources like any node with fractions of their
+// own; the cube hands both to the drawing target.
+
 #include "Imaging/Transitions.h"
 
+#include "Imaging/Drawing/Guarded.h"
 #include "Imaging/Geometry.h"
 #include "Imaging/GraphicsContext.h"
 #include "Imaging/TransformOperations.h"
@@ -11,29 +15,6 @@
 namespace Imaging {
 
 namespace {
-
-/// Runs one step of a draw; what it throws ends that step alone.
-template<class Step>
-void guarded(const Step& step) {
-    try {
-        step();
-    } catch (...) { // whatever it was, the draw goes on
-    }
-}
-
-/// Draws sources over one another with an operation. `next` makes the fraction of a source of the one before
-/// it; it is not asked after a source that threw.
-template<class Next>
-void drawInTurn(const IMGImage& node, const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                int operation, float fraction, IMGDrawingTarget* imageContext, const Next& next) {
-    for (const std::shared_ptr<IMGImage>& source : node.sources()) {
-        guarded([&] {
-            const auto record = TransformAndClipRect::transformAndClipRectWithTransform(source->transform());
-            source->drawImage(image, list.appending(record), operation, fraction, imageContext);
-            fraction = next(fraction);
-        });
-    }
-}
 
 /// A picture that turns and grows around the middle of its bounds.
 std::shared_ptr<IMGImage> turned(std::shared_ptr<IMGImage> image, NSRect bounds, float scale, float degrees) {
@@ -65,8 +46,8 @@ IMGDissolveTransitionOp::~IMGDissolveTransitionOp() = default;
 void IMGDissolveTransitionOp::drawImage(const std::shared_ptr<CCImage>& image,
                                         const TransformAndClipList& list, int, float fraction,
                                         IMGDrawingTarget* imageContext) {
-    drawInTurn(*this, image, list, Platform::NSCompositePlusLighter, fraction * (1 - m_weight), imageContext,
-               [fraction](float last) { return fraction - last; });
+    drawSources(image, list, Platform::NSCompositePlusLighter, fraction * (1 - m_weight), imageContext,
+                [fraction](float last) { return fraction - last; });
 }
 
 std::shared_ptr<IMGImage> IMGDissolveTransitionOp::copy() const {
@@ -82,9 +63,9 @@ std::string IMGDissolveTransitionOp::archiveClassName() const { return "IMGDisso
 std::shared_ptr<IMGCropAndScale>
 IMGSpinTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                             std::int32_t inOut, float weight) {
-    TransitionPart from = fittedPart(std::move(fromImage), frameRect(imageSize));
-    TransitionPart to = fittedPart(std::move(toImage), frameRect(imageSize));
+                                             EnumOrNumber<IMGTransitionInOut> inOut, float weight) {
+    TransitionPart from = fittedPart(std::move(fromImage), RectFromSize(imageSize));
+    TransitionPart to = fittedPart(std::move(toImage), RectFromSize(imageSize));
     const float angle = weight * 360;
     const float layerWeight = inOut == IMGTransitionOut ? 1 - weight : weight;
     if (inOut == IMGTransitionIn) to.image = turned(std::move(to.image), to.area, layerWeight, angle);
@@ -101,26 +82,16 @@ IMGSpinTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage
 
 IMGSpinTransitionOp::~IMGSpinTransitionOp() = default;
 
-IMGBounds IMGSpinTransitionOp::imageBounds() const {
-    return IMGBounds::boundsWithRect(frameRect(size()), NSAffineTransform());
-}
-
-std::optional<IMGBounds> IMGSpinTransitionOp::boundsForImage(const IMGImage& image,
-                                                             const NSAffineTransform& transform) const {
-    if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
-    return IMGBounds::boundsWithRect(frameRect(size()), transform);
-}
-
 void IMGSpinTransitionOp::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
                                     int, float fraction, IMGDrawingTarget* imageContext) {
-    drawInTurn(*this, image, list, Platform::NSCompositeSourceOver, fraction, imageContext,
-               [layer = fraction * m_weight](float) { return layer; });
+    drawSources(image, list, Platform::NSCompositeSourceOver, fraction, imageContext,
+                [layer = fraction * m_weight](float) { return layer; });
 }
 
 std::shared_ptr<IMGImage> IMGSpinTransitionOp::copy() const {
     const auto copied = std::make_shared<IMGSpinTransitionOp>(sources());
     copied->setWeight(m_weight);
-    copied->setImageSize(m_image_size);
+    copied->setImageSize(size());
     return copied;
 }
 
@@ -131,37 +102,26 @@ std::string IMGSpinTransitionOp::archiveClassName() const { return "IMGSpinTrans
 std::shared_ptr<IMGCubeTransitionOp>
 IMGCubeTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
                                              std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                             std::int32_t direction, float weight) {
+                                             EnumOrNumber<IMGTransitionDirection> direction, float weight) {
     return std::make_shared<IMGCubeTransitionOp>(std::move(fromImage), std::move(toImage), imageSize,
                                                  direction, weight);
 }
 
 IMGCubeTransitionOp::IMGCubeTransitionOp(std::shared_ptr<IMGImage> fromImage,
                                          std::shared_ptr<IMGImage> toImage, NSSize imageSize,
-                                         std::int32_t direction, float weight)
-    : IMGImage(Sources{std::move(fromImage), std::move(toImage)}),
+                                         EnumOrNumber<IMGTransitionDirection> direction, float weight)
+    : SizedNode(imageSize, Sources{std::move(fromImage), std::move(toImage)}),
       m_weight(weight),
-      m_direction(direction),
-      m_image_size(imageSize) {}
+      m_direction(direction) {}
 
 IMGCubeTransitionOp::~IMGCubeTransitionOp() = default;
-
-IMGBounds IMGCubeTransitionOp::imageBounds() const {
-    return IMGBounds::boundsWithRect(frameRect(size()), NSAffineTransform());
-}
-
-std::optional<IMGBounds> IMGCubeTransitionOp::boundsForImage(const IMGImage& image,
-                                                             const NSAffineTransform& transform) const {
-    if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
-    return IMGBounds::boundsWithRect(frameRect(size()), transform);
-}
 
 void IMGCubeTransitionOp::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list, int,
                                     float fraction, IMGDrawingTarget* imageContext) {
     guarded([&] {
         GraphicsContext* const target = imageContext != nullptr ? imageContext->graphicsContext() : nullptr;
         if (target == nullptr) return;
-        target->drawCubeTransition(sourceAtIndex(0), sourceAtIndex(1), frameRect(size()), list, m_direction,
+        target->drawCubeTransition(sourceAtIndex(0), sourceAtIndex(1), wholeRect(), list, m_direction,
                                    m_weight, fraction);
     });
 }
@@ -170,7 +130,7 @@ std::shared_ptr<IMGImage> IMGCubeTransitionOp::copy() const {
     const auto copied = std::make_shared<IMGCubeTransitionOp>(sources());
     copied->m_weight = m_weight;
     copied->m_direction = m_direction;
-    copied->m_image_size = m_image_size;
+    copied->setSize(size());
     return copied;
 }
 

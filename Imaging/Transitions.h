@@ -2,10 +2,10 @@
 
 #include "Imaging/CropAndScale.h"
 #include "Imaging/Image.h"
+#include "Imaging/SizedNode.h"
+#include "Imaging/TransitionDirection.h"
 
-#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 
 /// What is shown between two pictures. Every transition class has a function `transitionWithFromImage` that
@@ -23,22 +23,15 @@
 /// they and the colour fade, which is a dissolve, are drawn by walking the graph (`drawWithTransform`, or
 /// `drawInRect` with `retained` false). A copy of one of the three is equal to it. They archive their sources
 /// alone: what comes back from an archive has a weight, size and direction of 0.
+///
+/// Example:
+/// @code
+/// const auto from = IMGCropAndScale::cropWithSourceImage(
+///     std::make_shared<IMGImage>(), NSMakeRect(0, 0, 4, 3), NSMakeSize(640, 480), SCALE_TO_FILL, true);
+/// const auto halfWay =
+///     IMGDissolveTransitionOp::transitionWithFromImage(from, from->copy(), NSMakeSize(640, 480), 0.5F);
+/// @endcode
 namespace Imaging {
-
-/// Where a transition moves. The names tell the movement of push and slide; wipe and slide changer go the
-/// opposite way along the same axis. Other numbers stand for no movement.
-enum IMGTransitionDirection : std::int32_t {
-    IMGTransitionDirectionLeft = 1,
-    IMGTransitionDirectionRight = 2,
-    IMGTransitionDirectionUp = 3,
-    IMGTransitionDirectionDown = 4,
-};
-
-/// Which picture moves. Other numbers leave both where they are, unless a transition says otherwise.
-enum IMGTransitionInOut : std::int32_t {
-    IMGTransitionIn = 1,  ///< the "to" picture arrives over the "from" picture
-    IMGTransitionOut = 2, ///< the "from" picture leaves and uncovers the "to" picture
-};
 
 /// Both pictures added up, each in proportion, where they lie. The frame does not matter.
 class IMAGING_EXPORT IMGDissolveTransitionOp : public IMGImage {
@@ -68,34 +61,26 @@ private:
 
 /// One picture turns once around its centre while it grows and appears, or shrinks and vanishes, over the
 /// other. The node itself only lays its sources over one another; the graph that the function makes turns
-/// them.
-class IMAGING_EXPORT IMGSpinTransitionOp : public IMGImage {
+/// them. Its bounds are the frame, whatever the sources cover, as the cube's are.
+class IMAGING_EXPORT IMGSpinTransitionOp : public SizedNode {
 public:
-    /// `inOut` is an IMGTransitionInOut. In: "to" with scale and fraction `weight`. Out: "from" with scale
+    /// In: "to" with scale and fraction `weight`. Out: "from" with scale
     /// and fraction 1 - weight. The angle is weight · 360 degrees counter-clockwise. For other numbers
     /// nothing turns, and "from" lies over "to" with the fraction `weight`. Both pictures are fitted into the
     /// frame.
-    static std::shared_ptr<IMGCropAndScale> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                    std::shared_ptr<IMGImage> toImage,
-                                                                    NSSize imageSize, std::int32_t inOut,
-                                                                    float weight);
+    static std::shared_ptr<IMGCropAndScale>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionInOut> inOut, float weight);
 
-    using IMGImage::IMGImage;
+    using SizedNode::SizedNode;
     ~IMGSpinTransitionOp() override;
 
     /// What the fraction of every source but the first is multiplied by; 0 at first. Neither setter sends
     /// `changed`.
     void setWeight(float weight) { m_weight = weight; }
-    void setImageSize(NSSize size) { m_image_size = size; }
 
-    /// The frame; the zero size at first.
-    NSSize size() const { return m_image_size; }
-
-    /// From (0, 0), of the frame's size, whatever the sources cover.
-    IMGBounds imageBounds() const override;
-    std::optional<IMGBounds> boundsForImage(const IMGImage& image,
-                                            const NSAffineTransform& transform) const override;
-    using IMGImage::boundsForImage;
+    /// The size of the frame; zero at first.
+    void setImageSize(NSSize size) { setSize(size); }
 
     /// Draws the sources with the source-over operation, whatever `operation` is: the first one with the
     /// fraction, every other one with fraction · weight. A source that throws leaves the next one its
@@ -108,33 +93,22 @@ public:
 
 private:
     float m_weight = 0;
-    NSSize m_image_size;
 };
 
 /// The pictures on two faces of a cube that turns by a quarter turn. A drawing target renders it (see
 /// `GraphicsContext::drawCubeTransition`); nothing is drawn without one.
-class IMAGING_EXPORT IMGCubeTransitionOp : public IMGImage {
+class IMAGING_EXPORT IMGCubeTransitionOp : public SizedNode {
 public:
-    /// `direction` is an IMGTransitionDirection; the target receives any number as it is.
-    static std::shared_ptr<IMGCubeTransitionOp> transitionWithFromImage(std::shared_ptr<IMGImage> fromImage,
-                                                                        std::shared_ptr<IMGImage> toImage,
-                                                                        NSSize imageSize,
-                                                                        std::int32_t direction, float weight);
+    /// The target receives any direction as it is, whether it has a name or not.
+    static std::shared_ptr<IMGCubeTransitionOp>
+    transitionWithFromImage(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
+                            NSSize imageSize, EnumOrNumber<IMGTransitionDirection> direction, float weight);
 
     /// With a weight, direction and size of 0, as for the inherited constructors.
-    using IMGImage::IMGImage;
+    using SizedNode::SizedNode;
     IMGCubeTransitionOp(std::shared_ptr<IMGImage> fromImage, std::shared_ptr<IMGImage> toImage,
-                        NSSize imageSize, std::int32_t direction, float weight);
+                        NSSize imageSize, EnumOrNumber<IMGTransitionDirection> direction, float weight);
     ~IMGCubeTransitionOp() override;
-
-    /// The frame.
-    NSSize size() const { return m_image_size; }
-
-    /// From (0, 0), of the frame's size, whatever the sources cover.
-    IMGBounds imageBounds() const override;
-    std::optional<IMGBounds> boundsForImage(const IMGImage& image,
-                                            const NSAffineTransform& transform) const override;
-    using IMGImage::boundsForImage;
 
     /// Asks the drawing target, with the list as it is and the fraction as alpha; `operation` does not
     /// matter. Whatever is thrown is swallowed, and a node with fewer than two sources draws nothing.
@@ -146,8 +120,7 @@ public:
 
 private:
     float m_weight = 0;
-    std::int32_t m_direction = 0;
-    NSSize m_image_size;
+    IMGTransitionDirection m_direction{};
 };
 
 } // namespace Imaging

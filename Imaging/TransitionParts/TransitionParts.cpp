@@ -1,9 +1,11 @@
+// The steps from which transitions build their graphs: where a picture lies in the frame, which share of it
+// is seen, and the nodes that show it so.
+
 #include "Imaging/TransitionParts/TransitionParts.h"
 
 #include "Imaging/Canvas.h"
 #include "Imaging/Geometry.h"
 #include "Imaging/TransformOperations.h"
-#include "Imaging/Transitions.h"
 #include "Platform/Foundation/Exception.h"
 
 #include <utility>
@@ -14,8 +16,6 @@ void needImage(const std::shared_ptr<IMGImage>& image) {
     if (image != nullptr) return;
     throw Platform::NSException(Platform::NSInvalidArgumentException, "a transition's image cannot be null");
 }
-
-NSRect frameRect(NSSize size) { return {Platform::NSZeroPoint, size}; }
 
 TransitionPart fillingPart(std::shared_ptr<IMGImage> image, NSRect panel) {
     needImage(image);
@@ -29,7 +29,7 @@ TransitionPart fittedPart(std::shared_ptr<IMGImage> image, NSRect panel) {
     return part;
 }
 
-std::optional<Edge> enteringEdge(std::int32_t direction) {
+std::optional<Edge> enteringEdge(IMGTransitionDirection direction) {
     switch (direction) {
     case IMGTransitionDirectionLeft:
         return Edge::Left;

@@ -4,8 +4,8 @@
 
 #include "Imaging/CropAndScale.h"
 #include "Imaging/Image.h"
+#include "Imaging/TransitionDirection.h"
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -33,8 +33,6 @@ struct Shares {
 /// Throws an NSException (NSInvalidArgumentException) when the picture is null.
 void needImage(const std::shared_ptr<IMGImage>& image);
 
-NSRect frameRect(NSSize size);
-
 /// The picture's whole bounds in the whole rectangle. Throws like `needImage`.
 TransitionPart fillingPart(std::shared_ptr<IMGImage> image, NSRect panel);
 
@@ -43,8 +41,8 @@ TransitionPart fillingPart(std::shared_ptr<IMGImage> image, NSRect panel);
 TransitionPart fittedPart(std::shared_ptr<IMGImage> image, NSRect panel);
 
 /// The edge at which a wipe begins to uncover the "to" picture and a slide changer lets it in; push and slide
-/// do so at the opposite one. nullopt for no IMGTransitionDirection.
-std::optional<Edge> enteringEdge(std::int32_t direction);
+/// do so at the opposite one. nullopt for a number without a name.
+std::optional<Edge> enteringEdge(IMGTransitionDirection direction);
 Edge opposite(Edge edge);
 bool isHorizontal(Edge edge);
 

@@ -363,7 +363,7 @@ TEST(CocoaGraphicsContext, HasNoCubeAndNothingToLoadAhead) {
     Canvas canvas(width, height);
     CocoaGraphicsContext target;
     const auto node = pictureNode(distinctPicture(5, 4));
-    target.drawCubeTransition(node, node, NSMakeRect(1, 2, 30, 20), TransformAndClipList(), 1, 0.5F, 1);
+    target.drawCubeTransition(node, node, NSMakeRect(1, 2, 30, 20), TransformAndClipList(), Imaging::IMGTransitionDirectionLeft, 0.5F, 1);
     target.preloadBitmap(nullptr, 2);
     EXPECT_FALSE(canvas.context().hasPainted());
 }

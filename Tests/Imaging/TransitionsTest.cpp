@@ -58,7 +58,7 @@ public:
     std::optional<Thrown> throws;
 
     void drawCubeTransition(const std::shared_ptr<IMGImage>& from, const std::shared_ptr<IMGImage>& to,
-                            NSRect rect, const TransformAndClipList& list, std::int32_t direction,
+                            NSRect rect, const TransformAndClipList& list, Imaging::IMGTransitionDirection direction,
                             float weight, float alpha) override {
         calls.push_back(
             {from, to, rect, list.size(), list.records().front()->transform(), direction, weight, alpha});
