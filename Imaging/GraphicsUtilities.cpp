@@ -1,10 +1,12 @@
+// The decorations around pictures. The border's nine pieces are the same for every thread, so they are drawn
+// under the lock for pictures; the other two need no pictures.
+
 #include "Imaging/GraphicsUtilities.h"
 
 #include "Imaging/BitmapFormats.h"
 #include "Imaging/Geometry.h"
 #include "Platform/Foundation/Error.h"
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/Resources.h"
 #include "Platform/Graphics/Appearance.h"
 #include "Platform/Graphics/GraphicsContext.h"
@@ -31,7 +33,7 @@ std::shared_ptr<NSImage> pieceNamed(const char* name) {
                                                          "; install the library's resources again");
 }
 
-struct FramePieces {
+struct BorderPieces {
     std::shared_ptr<NSImage> topLeft = pieceNamed("box_topleft");
     std::shared_ptr<NSImage> top = pieceNamed("box_top");
     std::shared_ptr<NSImage> topRight = pieceNamed("box_topright");
@@ -43,10 +45,10 @@ struct FramePieces {
     std::shared_ptr<NSImage> bottomRight = pieceNamed("box_bottomright");
 };
 
-/// Read by the first frame; when that fails, the next one tries again. Never destroyed: frames may still be
+/// Read by the first border; when that fails, the next one tries again. Never destroyed: borders may still be
 /// drawn while static objects are torn down.
-const FramePieces& framePieces() {
-    static const FramePieces& pieces = *new FramePieces;
+const BorderPieces& borderPieces() {
+    static const BorderPieces& pieces = *new BorderPieces;
     return pieces;
 }
 
@@ -57,7 +59,7 @@ void drawPiece(NSImage& piece, float x, float y, float width, float height) {
 } // namespace
 
 void DrawFrameInside(NSRect rect) {
-    const FramePieces& piece = framePieces();
+    const BorderPieces& piece = borderPieces();
     // Every thread draws the same pictures.
     const std::lock_guard lock(GlobalImageLock());
     const auto [x, y] = rect.origin;
@@ -101,14 +103,5 @@ void HintTextInFrame(NSRect rect, const std::string& text) {
     const NSPoint point = SubtractPoint(RectMidpoint(rect), DividePoint(size, 2));
     Platform::drawTextAtPoint(text, font, Platform::appearance().lightGray, point);
 }
-
-const char* CheckOpenGLErrorFormat = "gl error %s %d %d";
-
-void ReportError(unsigned error, const char*, int) {
-    if (error == 0) return;
-    Platform::NSLog(CheckOpenGLErrorFormat, "Imaging/GraphicsUtilities", 285, static_cast<int>(error));
-}
-
-std::array<float, 3> MakePoint3D(float x, float y, float z) { return {x, y, z}; }
 
 } // namespace Imaging

@@ -3,20 +3,26 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 
-#include <array>
 #include <string>
 
-/// Decorations drawn into the current 2-D context, and what renderers share. Without a current context
-/// nothing is drawn; every function leaves the graphics state as it found it.
+/// Decorations drawn into the current 2-D context. Without a current context nothing is drawn; every function
+/// leaves the graphics state as it found it.
+///
+/// Example:
+/// @code
+/// const NSRect place = NSMakeRect(20, 20, 300, 200);
+/// DrawFocusRingInside(place);
+/// HintTextInFrame(place, "Drop a picture here");
+/// @endcode
 namespace Imaging {
 
 using Platform::NSRect;
 
-/// The frame of an empty or selected picture: nine pictures "box_topleft", "box_top", … "box_bottomright"
-/// from the library's resources, the corners in their own size, the edges and the middle stretched between
-/// them. They are read on first use and kept for the life of the process. The middle's size is what the
-/// bottom-left and the top-right corner leave, and the right edge is as wide as the left piece. In a
-/// rectangle smaller than the corners the sizes between them are negative, and there is nothing there to
+/// The border around the place of an empty or selected picture: nine pictures "box_topleft", "box_top", …
+/// "box_bottomright" from the library's resources, the corners in their own size, the edges and the middle
+/// stretched between them. They are read on first use and kept for the life of the process. The middle's size
+/// is what the bottom-left and the top-right corner leave, and the right edge is as wide as the left piece.
+/// In a rectangle smaller than the corners the sizes between them are negative, and there is nothing there to
 /// draw. Throws an NSException that names the file when a picture cannot be read.
 IMAGING_EXPORT void DrawFrameInside(NSRect rect);
 
@@ -26,15 +32,5 @@ IMAGING_EXPORT void DrawFocusRingInside(NSRect rect);
 /// The text (UTF-8, of any script that the fonts cover) in bold system font of size 18 and light gray, its
 /// middle in the middle of the rectangle; neither wrapped nor clipped.
 IMAGING_EXPORT void HintTextInFrame(NSRect rect, const std::string& text);
-
-/// The format of reports of OpenGL errors: a path, a line and the code.
-IMAGING_EXPORT extern const char* CheckOpenGLErrorFormat;
-
-/// Writes a line to the log for an OpenGL error code other than 0. The line names this module's path and line
-/// 285 whoever calls, so that reports of different callers compare equal; `file` and `line` are not used.
-IMAGING_EXPORT void ReportError(unsigned error, const char* file, int line);
-
-/// x, y and z: a corner of the cube.
-IMAGING_EXPORT std::array<float, 3> MakePoint3D(float x, float y, float z);
 
 } // namespace Imaging

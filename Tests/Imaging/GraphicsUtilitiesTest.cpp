@@ -1,6 +1,5 @@
 #include "Imaging/GraphicsUtilities.h"
 
-#include "Platform/Foundation/Log.h"
 #include "Platform/Foundation/Resources.h"
 #include "Platform/Graphics/Appearance.h"
 #include "Platform/Graphics/Text.h"
@@ -293,25 +292,4 @@ TEST_F(GraphicsUtilities, DrawHintsOfEveryScriptInTheMiddle) {
         EXPECT_GT(ink.count, 40) << hint;
         EXPECT_NEAR(ink.middleX(), 150, 4) << hint << ": " << ink;
     }
-}
-
-TEST_F(GraphicsUtilities, ReportNoErrorAsNothing) {
-    std::vector<std::string> lines;
-    Imaging::Platform::setLogSink([&](const std::string& line) { lines.push_back(line); });
-    Imaging::ReportError(0, "somewhere.cpp", 17);
-    EXPECT_TRUE(lines.empty());
-}
-
-TEST_F(GraphicsUtilities, ReportErrorsInOneLineThatNamesTheSamePlaceWhoeverCalls) {
-    std::vector<std::string> lines;
-    Imaging::Platform::setLogSink([&](const std::string& line) { lines.push_back(line); });
-    Imaging::ReportError(0x0502, "somewhere.cpp", 17);
-    Imaging::ReportError(1, nullptr, -5);
-    EXPECT_EQ(lines, (std::vector<std::string>{"gl error Imaging/GraphicsUtilities 285 1282",
-                                               "gl error Imaging/GraphicsUtilities 285 1"}));
-    EXPECT_STREQ(Imaging::CheckOpenGLErrorFormat, "gl error %s %d %d");
-}
-
-TEST_F(GraphicsUtilities, MakePointsOfThreeFloatsInOrder) {
-    EXPECT_EQ(Imaging::MakePoint3D(1.5F, -2, 3.25F), (std::array<float, 3>{1.5F, -2, 3.25F}));
 }
