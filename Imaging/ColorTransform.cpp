@@ -1,6 +1,7 @@
 #include "Imaging/ColorTransform.h"
 
 #include "Imaging/Pixels/ColorTransformVectors.h"
+#include "Imaging/Words.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <utility>
@@ -60,6 +61,10 @@ std::shared_ptr<IMGImage> IMGColorTransformOp::copy() const {
 }
 
 std::string IMGColorTransformOp::archiveClassName() const { return "IMGColorTransformOp"; }
+
+std::string IMGColorTransformOp::parameterDescription() const {
+    return inWords(m_red_multiplier) + "," + inWords(m_green_multiplier) + "," + inWords(m_blue_multiplier);
+}
 
 void IMGColorTransformOp::encodeWithCoder(Platform::NSCoder& coder) const {
     ChangeCachedOperation::encodeWithCoder(coder);

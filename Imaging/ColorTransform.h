@@ -45,6 +45,9 @@ public:
 
     std::string archiveClassName() const override;
 
+    /// The factors of red, green and blue.
+    std::string parameterDescription() const override;
+
     /// Writes the multipliers under "red-multiplier", "green-multiplier", "blue-multiplier" and
     /// "alpha-multiplier".
     void encodeWithCoder(Platform::NSCoder& coder) const override;

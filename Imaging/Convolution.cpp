@@ -2,6 +2,7 @@
 
 #include "Imaging/Drawing/AssertionLines.h"
 #include "Imaging/Pixels/ConvolutionPasses.h"
+#include "Imaging/Words.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/LocalizedString.h"
@@ -85,6 +86,10 @@ std::shared_ptr<IMGImage> IMGConvolutionOp::copy() const {
 
 std::string IMGConvolutionOp::archiveClassName() const { return "IMGConvolutionOp"; }
 
+std::string IMGConvolutionOp::parameterDescription() const {
+    return name() + (kernel() != nullptr ? " " + inWords(kernel()->size()) : " without a kernel");
+}
+
 void IMGConvolutionOp::encodeWithCoder(Platform::NSCoder& coder) const {
     SourceCachedOperation::encodeWithCoder(coder);
     coder.encodeObject(m_kernel.get(), "kernel");
@@ -129,6 +134,8 @@ std::shared_ptr<IMGImage> IMGGaussianOp::copy() const {
 }
 
 std::string IMGGaussianOp::archiveClassName() const { return "IMGGaussianOp"; }
+
+std::string IMGGaussianOp::parameterDescription() const { return "radius " + inWords(radius()); }
 
 void IMGGaussianOp::encodeWithCoder(Platform::NSCoder& coder) const {
     IMGConvolutionOp::encodeWithCoder(coder);

@@ -50,6 +50,9 @@ public:
     std::shared_ptr<IMGImage> copy() const override;
 
     std::string archiveClassName() const override;
+
+    /// The name and the kernel's size.
+    std::string parameterDescription() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
 protected:
@@ -84,6 +87,9 @@ public:
     std::shared_ptr<IMGImage> copy() const override;
 
     std::string archiveClassName() const override;
+
+    /// The radius.
+    std::string parameterDescription() const override;
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 
 private:

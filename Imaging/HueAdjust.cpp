@@ -1,6 +1,7 @@
 #include "Imaging/HueAdjust.h"
 
 #include "Imaging/Pixels/HueAdjustVectors.h"
+#include "Imaging/Words.h"
 #include "Platform/Foundation/LocalizedString.h"
 
 #include <numbers>
@@ -34,6 +35,8 @@ std::shared_ptr<IMGImage> IMGHueAdjustOp::copy() const {
 }
 
 std::string IMGHueAdjustOp::archiveClassName() const { return "IMGHueAdjustOp"; }
+
+std::string IMGHueAdjustOp::parameterDescription() const { return inWords(angle()) + " radians"; }
 
 void IMGHueAdjustOp::encodeWithCoder(Platform::NSCoder& coder) const {
     ChangeCachedOperation::encodeWithCoder(coder);

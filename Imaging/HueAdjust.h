@@ -42,6 +42,9 @@ public:
 
     std::string archiveClassName() const override;
 
+    /// The angle.
+    std::string parameterDescription() const override;
+
     /// Writes the angle under "angle".
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 

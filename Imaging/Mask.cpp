@@ -2,6 +2,7 @@
 
 #include "Imaging/Drawing/AssertionLines.h"
 #include "Imaging/Pixels/MaskVectors.h"
+#include "Imaging/Words.h"
 #include "Platform/Foundation/AssertionHandler.h"
 #include "Platform/Foundation/LocalizedString.h"
 
@@ -55,6 +56,10 @@ std::shared_ptr<IMGImage> IMGMaskOp::copy() const {
 }
 
 std::string IMGMaskOp::archiveClassName() const { return "IMGMaskOp"; }
+
+std::string IMGMaskOp::parameterDescription() const {
+    return m_mask_image != nullptr ? "by " + m_mask_image->archiveClassName() : "without a mask";
+}
 
 void IMGMaskOp::encodeWithCoder(Platform::NSCoder& coder) const {
     SourceCachedOperation::encodeWithCoder(coder);

@@ -44,6 +44,9 @@ public:
 
     std::string archiveClassName() const override;
 
+    /// The class of the mask's node.
+    std::string parameterDescription() const override;
+
     /// Writes the mask, where there is one, under "mask-image".
     void encodeWithCoder(Platform::NSCoder& coder) const override;
 

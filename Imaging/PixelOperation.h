@@ -37,6 +37,9 @@ public:
                                             const NSAffineTransform& transform) const override;
     using IMGImage::boundsForImage;
 
+    bool needsSource() const override { return true; }
+    bool hasOwnPixels() const override { return true; }
+
 protected:
     /// Throws an NSException (NSInvalidArgumentException) when the source is null.
     explicit PixelOperation(std::shared_ptr<IMGImage> source);
