@@ -71,6 +71,14 @@ void registerArchivableClass(std::string_view name, Decode decode) {
     registry.classes.insert_or_assign(std::string(name), std::move(decode));
 }
 
+std::vector<std::string> archivableClassNames() {
+    ClassRegistry& registry = classRegistry();
+    const std::lock_guard guard(registry.lock);
+    std::vector<std::string> names;
+    for (const auto& [name, decode] : registry.classes) names.push_back(name);
+    return names;
+}
+
 Decode archivableClassNamed(std::string_view name) {
     ClassRegistry& registry = classRegistry();
     const std::lock_guard guard(registry.lock);

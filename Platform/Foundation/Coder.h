@@ -126,6 +126,9 @@ protected:
 IMAGING_EXPORT void registerArchivableClass(std::string_view name,
                                             std::function<std::shared_ptr<NSCoding>(NSCoder&)> decode);
 
+/// The names of all classes that are registered at this time, in ascending order. Safe on every thread.
+IMAGING_EXPORT std::vector<std::string> archivableClassNames();
+
 /// `static const NSArchivableClass<MyNode> registration("MyNode");` for a class with a constructor
 /// `MyNode(NSCoder&)`.
 template<class T>
