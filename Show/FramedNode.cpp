@@ -4,7 +4,6 @@
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
 #include "Imaging/CropAndScale.h"
-#include "Imaging/PixelOperation.h"
 #include "Imaging/TransformOperations.h"
 #include "Platform/Codecs/ColorProfileName.h"
 #include "Platform/Graphics/GraphicsContext.h"
@@ -93,9 +92,7 @@ void FramedNode::adoptTurned(std::shared_ptr<IMGImage> node) {
 
 void FramedNode::recompute() {
     cut();
-    const bool isPlain = dynamic_cast<const Imaging::IMGImageFromNSImage*>(m_node.get()) != nullptr ||
-                         dynamic_cast<const Imaging::PixelOperation*>(m_node.get()) != nullptr;
-    if (isPlain && !hasOtherColors(*m_node)) return;
+    if (m_node->hasOwnPixels() && !hasOtherColors(*m_node)) return;
     adoptBitmap(drawnOnCanvas(size(), shownName(m_name), "--scale or --crop it to a smaller size", [this] {
         draw();
         return NSRect{Platform::NSZeroPoint, m_frame.size};

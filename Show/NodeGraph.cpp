@@ -1,14 +1,13 @@
+// Walks over a graph that come by every node once, first to last, with a stack of their own since archives
+// may be deep; and what has to be asked of a graph before it is drawn.
+
 #include "Show/NodeGraph.h"
 
-#include "Imaging/CropAndScale.h"
-#include "Imaging/PixelOperation.h"
-#include "Imaging/Transpose.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
 #include <limits>
 #include <unordered_map>
 #include <unordered_set>
@@ -17,7 +16,6 @@ namespace Imaging::Tool {
 
 using Imaging::IMGImage;
 using Imaging::IMGImageFromNSImage;
-using Platform::NSImage;
 
 namespace {
 
@@ -46,9 +44,6 @@ std::vector<std::shared_ptr<IMGImage>> nodesAfterTheirSources(const std::shared_
     }
     return left;
 }
-
-/// Null when the node was unarchived without one.
-std::shared_ptr<NSImage> pictureOf(IMGImageFromNSImage& node) { return node.untransformedImage()->nsImage(); }
 
 } // namespace
 
@@ -80,24 +75,9 @@ std::vector<std::shared_ptr<IMGImageFromNSImage>> picturesOf(const std::shared_p
     return pictures;
 }
 
-std::optional<std::string> whyPictureIsMissing(IMGImageFromNSImage& node) {
-    const std::shared_ptr<NSImage> picture = pictureOf(node);
-    if (picture != nullptr && !Platform::NSIsEmptyRect({Platform::NSZeroPoint, picture->size()}))
-        return std::nullopt;
-    if (!node.fileName().has_value()) return "the bytes in the archive are damaged or no picture";
-    std::error_code failure;
-    const auto status = std::filesystem::status(*node.fileName(), failure);
-    if (std::filesystem::is_other(status)) return "this is no ordinary file";
-    Platform::NSError error;
-    // It was tried before, but the reason was not kept.
-    if (NSImage::imageWithContentsOfFile(*node.fileName(), &error) != nullptr)
-        return "it was just being changed";
-    return error.message;
-}
-
 void requirePictures(const std::shared_ptr<IMGImage>& root, const std::string& name) {
     for (const std::shared_ptr<IMGImageFromNSImage>& node : picturesOf(root)) {
-        const std::optional<std::string> why = whyPictureIsMissing(*node);
+        const std::optional<std::string> why = node->whyPictureIsMissing();
         if (!why.has_value()) continue;
         const std::string which =
             node->fileName().has_value() ? "its picture " + *node->fileName() : "a picture in it";
@@ -107,16 +87,9 @@ void requirePictures(const std::shared_ptr<IMGImage>& root, const std::string& n
 
 namespace {
 
-/// Nodes that are made over one other node and cannot do without it, though an archive may.
-bool needsSource(const IMGImage& node) {
-    return dynamic_cast<const Imaging::IMGTransposeOp*>(&node) != nullptr ||
-           dynamic_cast<const Imaging::IMGCropAndScale*>(&node) != nullptr ||
-           dynamic_cast<const Imaging::PixelOperation*>(&node) != nullptr;
-}
-
 void requireSources(const std::shared_ptr<IMGImage>& root, const std::string& name) {
     for (const std::shared_ptr<IMGImage>& node : nodesOf(root)) {
-        if (!node->sources().empty() || !needsSource(*node)) continue;
+        if (!node->sources().empty() || !node->needsSource()) continue;
         throw Failure(shownName(name), "a node of the graph (" + node->archiveClassName() +
                                            ") has nothing below it, so it cannot be drawn");
     }

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -25,9 +24,6 @@ waysBelow(const std::shared_ptr<Imaging::IMGImage>& root);
 /// The nodes among them that are pictures, in the order in which they are drawn first.
 std::vector<std::shared_ptr<Imaging::IMGImageFromNSImage>>
 picturesOf(const std::shared_ptr<Imaging::IMGImage>& root);
-
-/// Why a node has no picture; nullopt when it has one.
-std::optional<std::string> whyPictureIsMissing(Imaging::IMGImageFromNSImage& node);
 
 /// Throws a Failure for `name` that names the first missing picture.
 void requirePictures(const std::shared_ptr<Imaging::IMGImage>& root, const std::string& name);

@@ -41,7 +41,7 @@ NSData bytesOf(Imaging::IMGImageFromNSImage& node) {
 PictureFacts factsOfPicture(Imaging::IMGImageFromNSImage& node) {
     PictureFacts facts;
     facts.name = node.fileName().value_or("");
-    if (const auto why = whyPictureIsMissing(node)) {
+    if (const auto why = node.whyPictureIsMissing()) {
         facts.error = *why;
     } else {
         facts.header = checkedHeader(bytesOf(node));

@@ -1,3 +1,6 @@
+// Both forms walk the nodes with lists of their own rather than by recursion, and number what is shared at
+// its first appearance.
+
 #include "Tools/Pictures/GraphText.h"
 
 #include "Show/NodeGraph.h"
