@@ -1,3 +1,5 @@
+// Paths of small shapes, and drawings that are made of strokes and plain fills of such paths.
+
 #include "Imaging/PathShapes.h"
 
 #include "Imaging/ColorFunction.h"

@@ -11,6 +11,13 @@
 /// thread's current context (nothing happens without one), antialiased and source-over unless it says
 /// otherwise, and leaves the graphics state as it found it. Nothing is drawn of shapes whose coordinates are
 /// not finite.
+///
+/// Example:
+/// @code
+/// NSBezierPath handle = bezierPathWithRoundedRect(NSMakeRect(10, 20, 60, 30), 8);
+/// handle.stroke();
+/// strokeArrowFromPoint(NSMakePoint(40, 35), NSMakePoint(90, 35));
+/// @endcode
 namespace Imaging {
 
 class ColorFunction;
@@ -43,8 +50,8 @@ IMAGING_EXPORT void appendArrowAtAngle(NSBezierPath& path, float angle, float si
 ///   middle and moved down by i / 2;
 /// - cut to the path, a row of height 1 from y + j in `colorForParam(j / h)` for each whole j below h. The
 ///   rows' colours replace what is there, alpha included;
-/// - over them, a column of width 1 from x + k in black of alpha |w / 2 − k| / w / 2 for each whole k below
-/// w;
+/// - over them, for each whole k below w, a column of width 1 from x + k in black of alpha
+///   |w / 2 − k| / w / 2;
 /// - the path stroked in dark gray with its own line attributes.
 /// The function is asked from the bottom row upward, each row once, also where nothing of it shows. Time is
 /// in proportion to height and width. `Platform::appearance` says what dark gray is.

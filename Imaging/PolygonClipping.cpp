@@ -1,3 +1,6 @@
+// Rectangles, transforms and paths as the polygon clipper wants them: contours of doubles, curves as short
+// lines.
+
 #include "Imaging/PolygonClipping.h"
 
 #include "Imaging/Bezier.h"

@@ -16,6 +16,14 @@ class NSBezierPath;
 /// Polygons are changed in place and belong to the caller, who frees them with `gpc_free_polygon`. All
 /// functions are pure but for their arguments, may be called on any thread, and throw std::bad_alloc when
 /// memory runs out.
+///
+/// Example:
+/// @code
+/// gpc_owned_polygon polygon;
+/// AddRectToPolygon(&polygon, NSMakeRect(10, 20, 100, 50));
+/// AddRectToPolygon(&polygon, NSMakeRect(200, 20, 30, 50));
+/// const int contours = polygon.num_contours;
+/// @endcode
 namespace Imaging {
 
 using Platform::gpc_add_contour;
@@ -54,13 +62,11 @@ IMAGING_EXPORT void ClipPolygonToTransformedRect(gpc_polygon* polygon, NSRect re
 /// - A move begins a new list, unless the list so far holds its start alone: that point is kept, and the new
 ///   one comes after it.
 /// - A line adds its end.
-/// - A curve adds 20 points, at 0, 5, 10, … 95 % of its arc length (`PointAlongBezierCurve` within 1/1024);
-/// the
-///   first is where the curve starts, and its end is left out: what follows the curve is joined to the last
-///   point instead.
+/// - A curve adds 20 points, at 0, 5, 10, … 95 % of its arc length (`PointAlongBezierCurve` within 1/1024).
+///   The first is where the curve starts, and its end is left out: what follows the curve is joined to the
+///   last point instead.
 /// - A close adds the subpath's start. A curve after it, without a move, still starts where the pen was
-/// before
-///   the close.
+///   before the close.
 ///
 /// A list of fewer than two points at the end of the path is dropped.
 IMAGING_EXPORT void GatherVertices(const NSBezierPath& path, PointLists& lists);
