@@ -92,9 +92,11 @@ std::optional<IMGBounds> IMGCompositeOp::boundsForImage(const IMGImage& image,
     NSRect united = Platform::NSZeroRect;
     bool isFirst = true;
     for (const std::shared_ptr<IMGImage>& source : sources()) {
-        const std::optional<IMGBounds> answer = source->boundsForImage(*source, NSAffineTransform());
-        const NSRect rectangle = answer.has_value() ? answer->boundingRect() : Platform::NSZeroRect;
-        united = std::exchange(isFirst, false) ? rectangle : Platform::NSUnionRect(united, rectangle);
+        guarded([&] {
+            const std::optional<IMGBounds> answer = source->boundsForImage(*source, NSAffineTransform());
+            const NSRect rectangle = answer.has_value() ? answer->boundingRect() : Platform::NSZeroRect;
+            united = std::exchange(isFirst, false) ? rectangle : Platform::NSUnionRect(united, rectangle);
+        });
     }
     return IMGBounds::boundsWithRect(united, transform);
 }

@@ -73,6 +73,13 @@ private:
 };
 
 /// Draws its sources over one another like a plain node, and knows where it lies itself.
+///
+/// Example:
+/// @code
+/// const auto sky = IMGCanvas::canvasWithSize(NSMakeSize(640, 200));
+/// const auto land = IMGCanvas::canvasWithSize(NSMakeSize(640, 480));
+/// const auto both = std::make_shared<IMGCompositeOp>(IMGImage::Sources{land, sky});
+/// @endcode
 class IMAGING_EXPORT IMGCompositeOp : public IMGImage {
 public:
     using IMGImage::IMGImage;
@@ -80,7 +87,8 @@ public:
 
     /// For itself: the union of the rectangles around what each source answers for itself under the identity,
     /// under the transform. A source's own transform is not part of that answer, so one that is only moved
-    /// counts where it would lie unmoved. A source without an answer counts as the zero rectangle.
+    /// counts where it would lie unmoved. A source without an answer counts as the zero rectangle,
+    /// and one that throws does not count: the next one is asked.
     std::optional<IMGBounds> boundsForImage(const IMGImage& image,
                                             const NSAffineTransform& transform) const override;
     using IMGImage::boundsForImage;

@@ -1,3 +1,5 @@
+// Also tests: Imaging/Drawing/RenderedNode.cpp
+
 #include "Imaging/Canvas.h"
 
 #include "Imaging/CropAndScale.h"
@@ -299,6 +301,22 @@ TEST(CompositeOp, TakesASourceWithoutAnAnswerAsNothing) {
     EXPECT_TRUE(isRect(only.boundsForImage(only, NSAffineTransform())->rectangle(), 0, 0, 0, 0));
     const IMGCompositeOp none;
     EXPECT_TRUE(isRect(none.boundsForImage(none, NSAffineTransform())->rectangle(), 0, 0, 0, 0));
+}
+
+TEST(CompositeOp, PassesOverASourceThatThrowsAndAsksTheNextOne) {
+    const auto broken = leaf(NSMakeRect(100, 100, 900, 900));
+    broken->failing = Failing::Bounds;
+    const auto one = leaf(NSMakeRect(10, 20, 5, 6));
+    const auto two = leaf(NSMakeRect(30, 40, 1, 2));
+    for (const Thrown thrown : {Thrown::Exception, Thrown::StandardException, Thrown::Number}) {
+        broken->thrown = thrown;
+        const IMGCompositeOp first(IMGImage::Sources{broken, one, two});
+        EXPECT_TRUE(isRect(first.boundsForImage(first, NSAffineTransform())->rectangle(), 10, 20, 21, 22));
+        const IMGCompositeOp middle(IMGImage::Sources{one, broken, two});
+        EXPECT_TRUE(isRect(middle.boundsForImage(middle, NSAffineTransform())->rectangle(), 10, 20, 21, 22));
+    }
+    const IMGCompositeOp only(IMGImage::Sources{broken});
+    EXPECT_TRUE(isRect(only.boundsForImage(only, moved(3, 4))->rectangle(), 0, 0, 0, 0));
 }
 
 TEST(CompositeOp, KeepsTheFirstRectangleAsItIsEvenWithoutArea) {
