@@ -190,6 +190,17 @@ TEST(TransformAndClipRecord, WithAClipHasItTurnedOn) {
                     .hasClipRect());
 }
 
+TEST(TransformAndClipRecord, IsMadeByItsConstructorsToo) {
+    const TransformAndClipRect unclipped(turned);
+    EXPECT_TRUE(isTransform(unclipped.transform(), turned));
+    EXPECT_FALSE(unclipped.hasClipRect());
+    EXPECT_TRUE(isRect(unclipped.clipRect(), 0, 0, 0, 0));
+    const TransformAndClipRect clipped(turned, NSMakeRect(1, 2, 3, 4));
+    EXPECT_TRUE(isTransform(clipped.transform(), turned));
+    EXPECT_TRUE(clipped.hasClipRect());
+    EXPECT_TRUE(isRect(clipped.clipRect(), 1, 2, 3, 4));
+}
+
 TEST(TransformAndClipRecord, IsNotClippedByARectangleAlone) {
     auto record = TransformAndClipRect::transformAndClipRectWithTransform(turned);
     record.setClipRect(NSMakeRect(1, 2, 3, 4));

@@ -1,3 +1,6 @@
+// Also tests: Imaging/CCImage.cpp
+// Also tests: Imaging/Drawing/RecordClips.cpp
+
 #include "Imaging/CachedImage.h"
 
 #include "Tests/Imaging/ImagingTestSupport.h"

@@ -1,3 +1,5 @@
+// Also tests: Imaging/TransitionParts/TransitionParts.cpp
+
 #include "Imaging/DirectionalTransitions.h"
 
 #include "Tests/Imaging/TransitionFixtures.h"

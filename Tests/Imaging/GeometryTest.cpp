@@ -259,6 +259,11 @@ TEST(RectFromPointAndSize, KeepsBothAsTheyAre) {
     EXPECT_TRUE(isRect(RectFromPointAndSize(NSMakePoint(7, -2), NSMakeSize(-4, 9)), 7, -2, -4, 9));
 }
 
+TEST(RectFromSize, LiesAtTheOriginWithTheSizeAsItIs) {
+    EXPECT_TRUE(isRect(Imaging::RectFromSize(NSMakeSize(-4, 9)), 0, 0, -4, 9));
+    EXPECT_TRUE(isRect(Imaging::RectFromSize(NSMakeSize(640, 480.5F)), 0, 0, 640, 480.5F));
+}
+
 TEST(PointAlong, InterpolatesAndGoesOnBeyondTheEnds) {
     const NSPoint p = NSMakePoint(10, 20);
     const NSPoint q = NSMakePoint(18, -12);

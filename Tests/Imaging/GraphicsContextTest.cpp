@@ -1,3 +1,5 @@
+// Also tests: Imaging/DrawingTarget.cpp
+
 #include "Imaging/GraphicsContext.h"
 
 #include "Platform/Graphics/Appearance.h"
@@ -133,7 +135,8 @@ TEST(GraphicsContext, DrawsNothingByItself) {
     target.drawImage(node, rect, Imaging::Platform::NSCompositeCopy, 1);
     target.drawImage(*node, TransformAndClipList(), Imaging::Platform::NSCompositeCopy, 1);
     target.preloadBitmap(nullptr, 1.5F);
-    target.drawCubeTransition(node, node, rect, TransformAndClipList(), Imaging::IMGTransitionDirectionLeft, 0.5F, 1);
+    target.drawCubeTransition(node, node, rect, TransformAndClipList(), Imaging::IMGTransitionDirectionLeft,
+                              0.5F, 1);
     target.endDrawing();
     EXPECT_TRUE(areAlike(canvas.pixels(), ground));
     EXPECT_FALSE(canvas.context().hasPainted());

@@ -28,10 +28,7 @@ using Pixels::transparent;
 namespace {
 
 struct GraphicsUtilities : testing::Test {
-    ~GraphicsUtilities() override {
-        Imaging::Platform::setAppearance(m_appearance);
-        Imaging::Platform::setLogSink(nullptr);
-    }
+    ~GraphicsUtilities() override { Imaging::Platform::setAppearance(m_appearance); }
 
     static void setFocusColor(const NSColor& color) {
         Imaging::Platform::Appearance changed = Imaging::Platform::appearance();

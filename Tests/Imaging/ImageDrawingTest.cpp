@@ -1,3 +1,5 @@
+// Also tests: Imaging/Image.cpp
+
 #include "Platform/Foundation/Log.h"
 #include "Tests/Imaging/ImagingTestSupport.h"
 

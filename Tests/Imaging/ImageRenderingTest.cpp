@@ -1,3 +1,5 @@
+// Also tests: Imaging/Drawing/DrawnPicture.cpp
+
 #include "Tests/Imaging/ImagingTestSupport.h"
 
 #include <gtest/gtest.h>
