@@ -1,3 +1,6 @@
+// Steps that only place a picture become nodes and are drawn once at the end; steps on its numbers want plain
+// sRGB pixels, so what stands before them is drawn first where it has to be.
+
 #include "Show/FramedNode.h"
 
 #include "Imaging/Bounds.h"

@@ -1,3 +1,7 @@
+// Also tests: Tools/Pictures/Graph.cpp
+// Also tests: Tools/Pictures/GraphText.cpp
+// Also tests: Tools/Pictures/NodeText.cpp
+
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
 #include "Imaging/CropAndScale.h"
