@@ -31,7 +31,7 @@ using Bitmap = std::shared_ptr<NSBitmapImageRep>;
 int samplesOf(IMGBitmapFormat format) { return static_cast<int>(format); } // 1 to 4, as they are numbered
 
 Bitmap randomBitmap(IMGBitmapFormat format) {
-    const Bitmap bitmap = initWithSize({width, height}, format);
+    const Bitmap bitmap = bitmapWithSize({width, height}, format);
     std::mt19937_64 random(24);
     std::uint8_t* const bytes = bitmap->bitmapData();
     const std::size_t size = bitmap->bytesPerRow() * height;

@@ -34,7 +34,7 @@ struct Picture {
     Picture(int width, int height, int samples) {
         const auto format = samples == 3 ? Imaging::IMGBitmapFormatRGB : Imaging::IMGBitmapFormatRGBA;
         const Imaging::Platform::NSSize size = {static_cast<float>(width), static_cast<float>(height)};
-        bitmap = Imaging::initWithSize(size, format);
+        bitmap = Imaging::bitmapWithSize(size, format);
         std::mt19937 random(20261121);
         const std::size_t count = bitmap->bytesPerRow() * static_cast<std::size_t>(height);
         for (std::size_t i = 0; i + 4 <= count; i += 4) {

@@ -23,7 +23,7 @@ namespace Benchmarks {
 class OperationInput {
 public:
     OperationInput(int width, int height, Imaging::IMGBitmapFormat format)
-        : m_bitmap(Imaging::initWithSize({static_cast<float>(width), static_cast<float>(height)}, format)) {
+        : m_bitmap(Imaging::bitmapWithSize({static_cast<float>(width), static_cast<float>(height)}, format)) {
         std::minstd_rand random(17);
         const int samples = m_bitmap->samplesPerPixel();
         std::uint8_t* byte = m_bitmap->bitmapData();

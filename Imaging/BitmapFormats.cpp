@@ -1,3 +1,6 @@
+// Bitmap layouts: tells them by colour space and samples, and converts pictures by way of TIFF data where
+// none of their bitmaps serves as it is.
+
 #include "Imaging/BitmapFormats.h"
 
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
@@ -164,7 +167,7 @@ std::recursive_mutex& GlobalImageLock() {
 
 // Bitmaps
 
-std::shared_ptr<NSBitmapImageRep> initWithSize(NSSize size, IMGBitmapFormat bitmapFormat) {
+std::shared_ptr<NSBitmapImageRep> bitmapWithSize(NSSize size, IMGBitmapFormat bitmapFormat) {
     NSBitmapDescription description;
     if (!(size.width >= 1 && size.height >= 1 && size.width < 1e9F && size.height < 1e9F)) return nullptr;
     description.pixelsWide = static_cast<std::int64_t>(size.width);

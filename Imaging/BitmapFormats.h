@@ -11,6 +11,14 @@
 
 /// The bitmap layouts that pixel operations and loaders work on, and the ways to bring any picture into
 /// them. Conversions that fail answer null.
+///
+/// Example:
+/// @code
+/// const auto bitmap = bitmapWithSize({640, 480}, IMGBitmapFormatRGB);
+/// NSImage picture(bitmap->size());
+/// picture.addRepresentation(bitmap);
+/// const auto withAlpha = bitmapRepresentationWithRGBAFormat(picture);
+/// @endcode
 namespace Imaging {
 
 using Platform::NSBitmapImageRep;
@@ -37,7 +45,12 @@ IMAGING_EXPORT std::recursive_mutex& GlobalImageLock();
 /// A new bitmap of a layout on pixels of its own, all bytes 0; the size is truncated toward zero. A value
 /// that is no known layout makes an RGBA bitmap. Null for a size below one pixel or beyond the picture
 /// limits.
-IMAGING_EXPORT std::shared_ptr<NSBitmapImageRep> initWithSize(NSSize size, IMGBitmapFormat bitmapFormat);
+IMAGING_EXPORT std::shared_ptr<NSBitmapImageRep> bitmapWithSize(NSSize size, IMGBitmapFormat bitmapFormat);
+
+/// The same by its customary name.
+inline std::shared_ptr<NSBitmapImageRep> initWithSize(NSSize size, IMGBitmapFormat bitmapFormat) {
+    return bitmapWithSize(size, bitmapFormat);
+}
 
 /// Which layout a bitmap has. Device and black-is-zero colour spaces are unknown whatever their samples.
 IMAGING_EXPORT IMGBitmapFormat imgBitmapFormat(const NSBitmapImageRep& bitmap);

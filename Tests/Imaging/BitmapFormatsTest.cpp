@@ -1,3 +1,5 @@
+// Which layout a bitmap has, for every colour space and number of samples, and new bitmaps of each layout.
+
 #include "Imaging/BitmapFormats.h"
 
 #include "Tests/Imaging/ImagingTestSupport.h"
@@ -11,10 +13,10 @@
 #include <string_view>
 
 using namespace ImagingTests;
+using Imaging::bitmapWithSize;
 using Imaging::hasAlpha;
 using Imaging::imgBitmapFormat;
 using Imaging::IMGBitmapFormat;
-using Imaging::initWithSize;
 using Imaging::isGrayscale;
 using Imaging::isInvertedGrayscale;
 using Imaging::Platform::NSBitmapDescription;
@@ -176,7 +178,7 @@ TEST(NewBitmap, HasTheLayoutThatIsAskedFor) {
         std::string_view space;
     } cases[] = {{1, 1, false, white}, {2, 2, true, white}, {3, 3, false, rgb}, {4, 4, true, rgb}};
     for (const auto& [format, samples, alpha, space] : cases) {
-        const auto bitmap = initWithSize(NSMakeSize(7, 5), static_cast<IMGBitmapFormat>(format));
+        const auto bitmap = bitmapWithSize(NSMakeSize(7, 5), static_cast<IMGBitmapFormat>(format));
         ASSERT_NE(bitmap, nullptr) << format;
         EXPECT_EQ(bitmap->pixelsWide(), 7);
         EXPECT_EQ(bitmap->pixelsHigh(), 5);
@@ -194,16 +196,25 @@ TEST(NewBitmap, HasTheLayoutThatIsAskedFor) {
     }
 }
 
+TEST(NewBitmap, IsMadeUnderTheCustomaryNameToo) {
+    const auto bitmap = Imaging::initWithSize(NSMakeSize(7, 5), Imaging::IMGBitmapFormatRGB);
+    ASSERT_NE(bitmap, nullptr);
+    EXPECT_EQ(bitmap->pixelsWide(), 7);
+    EXPECT_EQ(bitmap->pixelsHigh(), 5);
+    EXPECT_EQ(imgBitmapFormat(*bitmap), Imaging::IMGBitmapFormatRGB);
+    EXPECT_EQ(Imaging::initWithSize(NSMakeSize(0, 5), Imaging::IMGBitmapFormatRGB), nullptr);
+}
+
 TEST(NewBitmap, IsRGBAForAnyOtherValue) {
     for (const int format : {0, 5, -1, 4711}) {
-        const auto bitmap = initWithSize(NSMakeSize(7, 5), static_cast<IMGBitmapFormat>(format));
+        const auto bitmap = bitmapWithSize(NSMakeSize(7, 5), static_cast<IMGBitmapFormat>(format));
         ASSERT_NE(bitmap, nullptr) << format;
         EXPECT_EQ(imgBitmapFormat(*bitmap), 4);
     }
 }
 
 TEST(NewBitmap, HasItsSizeTruncatedTowardZero) {
-    const auto bitmap = initWithSize(NSMakeSize(7.99F, 5.5F), Imaging::IMGBitmapFormatRGB);
+    const auto bitmap = bitmapWithSize(NSMakeSize(7.99F, 5.5F), Imaging::IMGBitmapFormatRGB);
     ASSERT_NE(bitmap, nullptr);
     EXPECT_EQ(bitmap->pixelsWide(), 7);
     EXPECT_EQ(bitmap->pixelsHigh(), 5);
@@ -215,7 +226,7 @@ TEST(NewBitmap, IsNoneWithoutAPixelOrBeyondTheLimits) {
     for (const NSSize size : {NSMakeSize(0, 5), NSMakeSize(7, 0.99F), NSMakeSize(-7, 5), NSMakeSize(7, -5),
                               NSMakeSize(infinite, 5), NSMakeSize(7, nothing), NSMakeSize(1e6F, 1e6F),
                               NSMakeSize(3e38F, 3e38F)}) {
-        EXPECT_EQ(initWithSize(size, Imaging::IMGBitmapFormatGrayscale), nullptr)
+        EXPECT_EQ(bitmapWithSize(size, Imaging::IMGBitmapFormatGrayscale), nullptr)
             << size.width << " x " << size.height;
     }
 }

@@ -24,7 +24,7 @@ std::array<std::uint8_t, 3> colorAt(int x, int y) {
 }
 
 Bitmap largeBitmap() {
-    const Bitmap bitmap = Imaging::initWithSize({wide, high}, Imaging::IMGBitmapFormatRGB);
+    const Bitmap bitmap = Imaging::bitmapWithSize({wide, high}, Imaging::IMGBitmapFormatRGB);
     std::uint8_t* bytes = bitmap->bitmapData();
     for (int y = 0; y < high; ++y) {
         for (int x = 0; x < wide; ++x, bytes += 3) {
