@@ -1,3 +1,5 @@
+// The colour transform as a node: its multipliers, and the record that hands them to the workers.
+
 #include "Imaging/ColorTransform.h"
 
 #include "Imaging/Pixels/ColorTransformVectors.h"
@@ -53,6 +55,8 @@ void IMGColorTransformOp::setAlphaMultiplier(float multiplier) {
     setMultiplier(m_alpha_multiplier, multiplier);
 }
 
+bool IMGColorTransformOp::treatsFormat(IMGBitmapFormat format) const { return format == IMGBitmapFormatRGB; }
+
 std::string IMGColorTransformOp::name() const { return Platform::localizedStringForKey("color transform"); }
 
 std::shared_ptr<IMGImage> IMGColorTransformOp::copy() const {
@@ -75,7 +79,7 @@ void IMGColorTransformOp::encodeWithCoder(Platform::NSCoder& coder) const {
 }
 
 void IMGColorTransformOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
-    if (imgBitmapFormat(source) != IMGBitmapFormatRGB) return;
+    if (!treatsFormat(imgBitmapFormat(source))) return;
     auto record = recordBetween<ColorTransformRecord>(source, destination);
     record.redMultiplier = m_red_multiplier;
     record.greenMultiplier = m_green_multiplier;

@@ -12,6 +12,13 @@ namespace Imaging {
 ///
 /// Only pictures in RGB without alpha (IMGBitmapFormatRGB) are treated; of any other layout the result is all
 /// zero bytes. Every setter sends `changed` when its value is not equal to the one held.
+///
+/// Example:
+/// @code
+/// const auto photo = IMGImageFromNSImage::initWithContentsOfFile("photo.jpg");
+/// const auto warmer = IMGColorTransformOp::colorTransformWithSourceImage(photo, 1.1F, 1, 0.9F, 1);
+/// warmer->drawInRect({{0, 0}, {640, 480}});
+/// @endcode
 class IMAGING_EXPORT IMGColorTransformOp : public ChangeCachedOperation {
 public:
     /// Throws an NSException (NSInvalidArgumentException) when the source is null.
@@ -36,6 +43,8 @@ public:
     void setGreenMultiplier(float multiplier);
     void setBlueMultiplier(float multiplier);
     void setAlphaMultiplier(float multiplier);
+
+    bool treatsFormat(IMGBitmapFormat format) const override;
 
     /// What the operation is called in the user's language; "color transform" without a translation.
     std::string name() const;

@@ -1,3 +1,5 @@
+// The hue adjustment as a node: its angle, and the record that hands it to the workers in sextants.
+
 #include "Imaging/HueAdjust.h"
 
 #include "Imaging/Pixels/HueAdjustVectors.h"
@@ -28,6 +30,10 @@ void IMGHueAdjustOp::setAngle(float angle) {
     changed();
 }
 
+bool IMGHueAdjustOp::treatsFormat(IMGBitmapFormat format) const {
+    return format == IMGBitmapFormatRGB || format == IMGBitmapFormatRGBA;
+}
+
 std::string IMGHueAdjustOp::name() const { return Platform::localizedStringForKey("hue adjust"); }
 
 std::shared_ptr<IMGImage> IMGHueAdjustOp::copy() const {
@@ -45,7 +51,7 @@ void IMGHueAdjustOp::encodeWithCoder(Platform::NSCoder& coder) const {
 
 void IMGHueAdjustOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
     const IMGBitmapFormat format = imgBitmapFormat(source);
-    if (format != IMGBitmapFormatRGB && format != IMGBitmapFormatRGBA) return;
+    if (!treatsFormat(format)) return;
     constexpr double pi = std::numbers::pi;
     auto record = recordBetween<HueAdjustRecord>(source, destination);
     record.hueShift = static_cast<float>(double{m_angle} * 6 / (pi + pi));

@@ -18,6 +18,13 @@ namespace Imaging {
 ///
 /// Pictures in RGB and RGBA (IMGBitmapFormatRGB, IMGBitmapFormatRGBA) are treated, and alpha is kept; of a
 /// gray picture the result is all zero bytes.
+///
+/// Example:
+/// @code
+/// const auto photo = IMGImageFromNSImage::initWithContentsOfFile("photo.jpg");
+/// const auto turned = IMGHueAdjustOp::hueAdjustWithSourceImage(photo, 2.0944F); // red becomes green
+/// turned->drawInRect({{0, 0}, {640, 480}});
+/// @endcode
 class IMAGING_EXPORT IMGHueAdjustOp : public ChangeCachedOperation {
 public:
     /// The angle is in radians. Throws an NSException (NSInvalidArgumentException) when the source is null.
@@ -33,6 +40,8 @@ public:
 
     /// Sends `changed` when the angle is not equal to the one held.
     void setAngle(float angle);
+
+    bool treatsFormat(IMGBitmapFormat format) const override;
 
     /// What the operation is called in the user's language; "hue adjust" without a translation.
     std::string name() const;

@@ -1,3 +1,6 @@
+// Masking as a node: brings the mask into 8-bit gray, checks that it fits, and hands both bitmaps to the
+// workers.
+
 #include "Imaging/Mask.h"
 
 #include "Imaging/Drawing/AssertionLines.h"
@@ -49,6 +52,10 @@ std::shared_ptr<CCImage> IMGMaskOp::untransformedImage() {
     return m_mask_image != nullptr ? SourceCachedOperation::untransformedImage() : sourceResult();
 }
 
+bool IMGMaskOp::treatsFormat(IMGBitmapFormat format) const {
+    return format == IMGBitmapFormatGrayscaleAlpha || format == IMGBitmapFormatRGBA;
+}
+
 std::string IMGMaskOp::name() const { return Platform::localizedStringForKey("mask"); }
 
 std::shared_ptr<IMGImage> IMGMaskOp::copy() const {
@@ -78,17 +85,15 @@ void IMGMaskOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& 
     checkMask(mask.get(), source);
     if (mask == nullptr || imgBitmapFormat(*mask) != IMGBitmapFormatGrayscale) return;
     requireSizesOfRecords(*mask);
+    const IMGBitmapFormat format = imgBitmapFormat(source);
+    if (!treatsFormat(format)) return;
     auto record = recordBetween<MaskRecord>(source, destination);
     record.width = std::min(record.width, static_cast<std::int32_t>(mask->pixelsWide()));
     record.height = std::min(record.height, static_cast<std::int32_t>(mask->pixelsHigh()));
     record.mask = mask->bitmapData();
     record.maskBytesPerRow = static_cast<std::uint32_t>(mask->bytesPerRow());
-    const IMGBitmapFormat format = imgBitmapFormat(source);
-    if (format == IMGBitmapFormatGrayscaleAlpha) {
-        runPixelWorkers(mask_worker<GAPixel>, interleavedRows(record));
-    } else if (format == IMGBitmapFormatRGBA) {
-        runPixelWorkers(mask_worker<RGBAPixel>, interleavedRows(record));
-    }
+    runPixelWorkers(format == IMGBitmapFormatRGBA ? mask_worker<RGBAPixel> : mask_worker<GAPixel>,
+                    interleavedRows(record));
 }
 
 } // namespace Imaging

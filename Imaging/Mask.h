@@ -16,6 +16,13 @@ namespace Imaging {
 ///
 /// The result is kept as long as the source answers with the same result and the mask is the same node:
 /// changes inside the mask do not reach it.
+///
+/// Example:
+/// @code
+/// const auto photo = IMGImageFromNSImage::initWithContentsOfFile("photo.png"); // which has alpha
+/// const auto oval = IMGImageFromNSImage::initWithContentsOfFile("oval.png"); // gray, of the same size
+/// IMGMaskOp(photo, oval).drawInRect({{0, 0}, {640, 480}});
+/// @endcode
 class IMAGING_EXPORT IMGMaskOp : public SourceCachedOperation {
 public:
     /// Throws an NSException (NSInvalidArgumentException) when the source is null; the mask may be.
@@ -35,6 +42,8 @@ public:
     /// has another size calls the assertion handler; where that returns, what both have in common is masked
     /// and the rest is zero bytes.
     std::shared_ptr<CCImage> untransformedImage() override;
+
+    bool treatsFormat(IMGBitmapFormat format) const override;
 
     /// What the operation is called in the user's language; "mask" without a translation.
     std::string name() const;

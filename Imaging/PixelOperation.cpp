@@ -1,3 +1,6 @@
+// Pixel operations: brings the source into a known layout, makes a bitmap of the same one, and keeps what an
+// operation writes into it until it has to be made anew.
+
 #include "Imaging/PixelOperation.h"
 
 #include "Imaging/Pixels/PixelWorkers.h"
@@ -9,7 +12,7 @@ namespace Imaging {
 
 namespace {
 
-/// A fresh bitmap of the same known layout and exact size. `initWithSize` would round sides beyond 2^24
+/// A fresh bitmap of the same known layout and exact size. `bitmapWithSize` would round sides beyond 2^24
 /// pixels, which a float does not hold.
 std::shared_ptr<NSBitmapImageRep> freshBitmapLike(const NSBitmapImageRep& bitmap) {
     Platform::NSBitmapDescription description;
@@ -49,6 +52,10 @@ std::optional<IMGBounds> PixelOperation::boundsForImage(const IMGImage& image,
     NSAffineTransform below = transform;
     below.prependTransform(source->transform());
     return source->boundsForImage(*source, below);
+}
+
+bool PixelOperation::treatsFormat(IMGBitmapFormat format) const {
+    return format >= IMGBitmapFormatGrayscale && format <= IMGBitmapFormatRGBA;
 }
 
 std::shared_ptr<CCImage> PixelOperation::sourceResult() const {

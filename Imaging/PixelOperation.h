@@ -19,6 +19,13 @@ namespace Imaging {
 /// request, which returns when it is complete. Nothing is locked: one thread at a time asks a graph.
 ///
 /// A class of its own for the code alone; archives know the operations only.
+///
+/// Example:
+/// @code
+/// const auto isForPhotos = [](const PixelOperation& operation) {
+///     return operation.treatsFormat(IMGBitmapFormatRGB) && operation.treatsFormat(IMGBitmapFormatRGBA);
+/// };
+/// @endcode
 class IMAGING_EXPORT PixelOperation : public IMGImage {
 public:
     ~PixelOperation() override;
@@ -39,6 +46,11 @@ public:
 
     bool needsSource() const override { return true; }
     bool hasOwnPixels() const override { return true; }
+
+    /// Whether pictures of a layout are treated; of any other the result is all zero bytes. A picture of an
+    /// unknown layout has a known one by the time that it is computed on (see
+    /// `bitmapRepresentationWithCanonicalFormat`). Every known layout here.
+    virtual bool treatsFormat(IMGBitmapFormat format) const;
 
 protected:
     /// Throws an NSException (NSInvalidArgumentException) when the source is null.

@@ -223,6 +223,8 @@ TEST(ColorTransform, TreatsNoLayoutButRGB) {
         const auto result = transformed(source, 1, 1, 1);
         EXPECT_EQ(Imaging::imgBitmapFormat(*bitmapOfResult(result)), format);
         EXPECT_EQ(areAllZero(samplesOf(result)), format != IMGBitmapFormatRGB);
+        EXPECT_EQ(IMGColorTransformOp(source.node(), 1, 1, 1, 1).treatsFormat(format),
+                  format == IMGBitmapFormatRGB);
     }
 }
 

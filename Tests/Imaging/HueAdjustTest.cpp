@@ -267,6 +267,7 @@ TEST(HueAdjust, TreatsNoGrayLayout) {
         EXPECT_EQ(Imaging::imgBitmapFormat(*bitmapOfResult(result)), format);
         EXPECT_EQ(areAllZero(samplesOf(result)),
                   format == IMGBitmapFormatGrayscale || format == IMGBitmapFormatGrayscaleAlpha);
+        EXPECT_EQ(IMGHueAdjustOp(source.node(), 1).treatsFormat(format), !areAllZero(samplesOf(result)));
     }
 }
 

@@ -138,6 +138,8 @@ TEST(Masking, TreatsLayoutsWithAlphaOnly) {
         const auto result = IMGMaskOp(source.node(), mask.node()).untransformedImage();
         EXPECT_EQ(Imaging::imgBitmapFormat(*bitmapOfResult(result)), format);
         EXPECT_TRUE(isSize(result->size(), 13, 7));
+        EXPECT_EQ(IMGMaskOp(source.node(), mask.node()).treatsFormat(format),
+                  Imaging::hasAlpha(*bitmapOfResult(result)));
         if (!Imaging::hasAlpha(*bitmapOfResult(result))) {
             EXPECT_TRUE(areAllZero(samplesOf(result)));
             continue;

@@ -73,6 +73,14 @@ std::shared_ptr<CCImage> resultOf(const Grid& grid) {
 
 } // namespace
 
+TEST(PixelOperation, TreatsEveryKnownLayoutUnlessItSaysOtherwise) {
+    Rows rows = rowOf(3, {1, 2, 3});
+    const UntilChanged node(rows.node());
+    for (const IMGBitmapFormat format : allFormats) EXPECT_TRUE(node.treatsFormat(format)) << format;
+    EXPECT_FALSE(node.treatsFormat(Imaging::IMGBitmapFormatUnknown));
+    EXPECT_FALSE(node.treatsFormat(static_cast<IMGBitmapFormat>(5)));
+}
+
 TEST(PixelOperation, MakesAResultOfTheSourcesLayoutAndSize) {
     Pixels::Random random(11);
     for (const IMGBitmapFormat format : allFormats) {
