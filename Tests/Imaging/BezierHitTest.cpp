@@ -1,3 +1,6 @@
+// Hit tests of points against segments, rectangles, curves and paths, and the search for the nearest part.
+// Also tests: Imaging/Bezier.cpp
+
 #include "Imaging/Bezier.h"
 
 #include "Tests/Imaging/CurveFixtures.h"

@@ -1,3 +1,5 @@
+// Splitting and measuring curves, by hand and against the same constructions in double precision.
+
 #include "Imaging/Bezier.h"
 
 #include "Imaging/Matrix4.h"

@@ -1,3 +1,5 @@
+// The colours that the functions give at their ends, steps and middles, worked out from their formulas.
+
 #include "Imaging/ColorFunction.h"
 
 #include <gtest/gtest.h>

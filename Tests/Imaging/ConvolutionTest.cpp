@@ -1,3 +1,6 @@
+// The convolution nodes: which pass a kernel takes, what is kept until when, profiles, archives and bad
+// kernels.
+
 #include "Imaging/Convolution.h"
 
 #include "Platform/Foundation/KeyedArchiver.h"

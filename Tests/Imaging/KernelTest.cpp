@@ -1,3 +1,5 @@
+// Kernels: how many taps a size has, the taps of bells, divisors and archives.
+
 #include "Imaging/Kernel.h"
 
 #include "Platform/Foundation/Exception.h"

@@ -1,3 +1,5 @@
+// Products of matrices, by hand, against plain sums, and with numbers that are none.
+
 #include "Imaging/Matrix4.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// The plain convolution against pictures worked out by hand and against plain sums on tables.
+
 #include "Imaging/Pixels/ConvolutionPlain.h"
 
 #include "Tests/Imaging/Pixels/ConvolutionFixtures.h"

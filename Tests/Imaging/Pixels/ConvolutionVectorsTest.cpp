@@ -1,4 +1,5 @@
-// The vector code against the plain arithmetic, on every target that the machine supports.
+// The vector code and whole convolutions against plain sums, on every target that the machine supports.
+// Also tests: Imaging/Pixels/ConvolutionPasses.cpp
 
 #include "Imaging/Pixels/ConvolutionVectors.h"
 

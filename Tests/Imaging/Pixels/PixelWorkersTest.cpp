@@ -150,6 +150,27 @@ TEST(RowsOfPixelWorkers, FollowAnyStep) {
     EXPECT_EQ(rowsOf({9, 1, 3}), (RowNumbers{7, 4, 1}));
 }
 
+TEST(RecordsOfPixelWorkers, HoldWhereTheRowsOfBothBitmapsAre) {
+    std::array<std::uint8_t, 64> from{};
+    std::array<std::uint8_t, 64> to{};
+    Imaging::Platform::NSBitmapDescription description;
+    description.pixelsWide = 3;
+    description.pixelsHigh = 4;
+    description.samplesPerPixel = 3;
+    description.bytesPerRow = 11;
+    const auto source = Imaging::Platform::NSBitmapImageRep::bitmapOverPlanes(description, {from.data()});
+    description.bytesPerRow = 14;
+    const auto destination = Imaging::Platform::NSBitmapImageRep::bitmapOverPlanes(description, {to.data()});
+    ASSERT_NE(source, nullptr);
+    ASSERT_NE(destination, nullptr);
+    const auto record = Imaging::recordBetween<Imaging::PixelRecord>(*source, *destination);
+    EXPECT_EQ(record.width, 3);
+    EXPECT_EQ(record.height, 4);
+    EXPECT_EQ(Imaging::sourceRow(record, 2), from.data() + 22);
+    EXPECT_EQ(Imaging::destinationRow(record, 3), to.data() + 42);
+    EXPECT_EQ(rowsOf({record.height, record.firstRow, record.rowStep}), (RowNumbers{0, 1, 2, 3}));
+}
+
 TEST(RecordsOfPixelWorkers, RefuseRowsThatTheyCannotCount) {
     const Imaging::Platform::PictureLimits before = Imaging::Platform::pictureLimits();
     Imaging::Platform::setPictureLimits({before.maximumPixels, std::uint64_t{1} << 40});
