@@ -1,3 +1,6 @@
+// Cubic Bezier curves: everything is found by halving a curve until its pieces are flat or short, and given
+// up where rounding keeps the pieces from getting smaller.
+
 #include "Imaging/Bezier.h"
 
 #include "Imaging/Matrix4.h"

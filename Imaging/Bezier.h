@@ -21,6 +21,13 @@ class NSBezierPath;
 /// coordinates. They end for all others too, because a piece whose halves are no smaller than itself in
 /// 32-bit floats (or hold values that are not finite) is not halved again. A tolerance that far down buys
 /// rounding noise with time: up to some million pieces.
+///
+/// Example:
+/// @code
+/// const BezierCurve arch{{0, 0}, {0, 40}, {60, 40}, {60, 0}};
+/// const float length = BezierCurveLength(arch, 0.1F);
+/// const NSPoint half = PointAlongBezierCurve(arch, 0.5F, 0.1F); // near the top of the arch
+/// @endcode
 namespace Imaging {
 
 using Platform::NSBezierPath;

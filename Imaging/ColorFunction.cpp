@@ -1,3 +1,5 @@
+// The colours of knobs: formulas of one parameter, partly in floats and partly in doubles as each is defined.
+
 #include "Imaging/ColorFunction.h"
 
 #include <cmath>

@@ -15,6 +15,13 @@ using Platform::NSColor;
 ///
 /// "A with f of B" below is `blendedColorWithFraction(f, B)` sent to A, and u = 1 − parameter in 32-bit
 /// floats.
+///
+/// Example:
+/// @code
+/// const auto aqua = ColorFunction::aquaColorFunction();
+/// const NSColor top = aqua->colorForParam(1);
+/// const NSColor middle = aqua->colorForParam(0.5F);
+/// @endcode
 class IMAGING_EXPORT ColorFunction {
 public:
     /// Shared by all callers, since they have no state.

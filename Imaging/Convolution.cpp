@@ -1,3 +1,6 @@
+// Convolution and blur as nodes: checks the kernel and chooses between the pass in two dimensions and the two
+// along rows and columns.
+
 #include "Imaging/Convolution.h"
 
 #include "Imaging/Drawing/AssertionLines.h"

@@ -27,6 +27,13 @@ namespace Imaging {
 /// All four layouts are treated; an embedded colour profile is carried over to the result. The result is kept
 /// until the source answers with another result: neither `setKernel` nor `changed` drops it, so the node goes
 /// on showing the old kernel's until then.
+///
+/// Example:
+/// @code
+/// const auto photo = IMGImageFromNSImage::initWithContentsOfFile("photo.jpg");
+/// const auto blurred = IMGGaussianOp::gaussianWithSourceImage(photo, 2.5F);
+/// const auto sharpened = std::make_shared<IMGConvolutionOp>(photo, IMGKernel::kernelSharpen());
+/// @endcode
 class IMAGING_EXPORT IMGConvolutionOp : public SourceCachedOperation {
 public:
     /// Throws an NSException (NSInvalidArgumentException) when the source is null. A node whose kernel is

@@ -1,3 +1,6 @@
+// Kernels: copies the taps of a caller or an archive, and works out those of bells in double precision, which
+// are truncated to whole numbers.
+
 #include "Imaging/Kernel.h"
 
 #include "Platform/Foundation/Exception.h"

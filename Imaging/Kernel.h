@@ -22,6 +22,13 @@ using Platform::NSSize;
 /// its row is used along both axes.
 ///
 /// Kernels never change after they are made, so any thread may read one. They are held by std::shared_ptr.
+///
+/// Example:
+/// @code
+/// const std::int32_t edges[] = {-1, -1, -1, -1, 9, -1, -1, -1, -1};
+/// const IMGKernel kernel({3, 3}, edges, "edges"); // whose divisor is their sum, 1
+/// const auto blur = IMGKernel::kernelSeparableGaussianWithSigma(2);
+/// @endcode
 class IMAGING_EXPORT IMGKernel : public Platform::NSCoding {
 public:
     /// The longest side of the kernels that are generated, in taps.

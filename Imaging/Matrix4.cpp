@@ -1,3 +1,5 @@
+// The product of 4 × 4 matrices, each entry summed up in one order, so that results are the same everywhere.
+
 #include "Imaging/Matrix4.h"
 
 #include <cstddef>

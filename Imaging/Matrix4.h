@@ -8,6 +8,13 @@ namespace Imaging {
 
 /// Four rows of four 32-bit floats; the entry of a row and a column stands at elements[4 * row + column]. A
 /// plain value; a new one is all zeros.
+///
+/// Example:
+/// @code
+/// const Matrix4 twice{{2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 1}};
+/// const Matrix4 fourTimes = MultiplyMatrix4(twice, twice);
+/// const float scale = fourTimes.elements[0]; // 4
+/// @endcode
 struct Matrix4 {
     std::array<float, 16> elements{};
 };

@@ -1,3 +1,5 @@
+// The colour transform one pixel after another: what the vector code is compared with.
+
 #include "Imaging/Pixels/ColorTransformPlain.h"
 
 namespace Imaging::Plain {

@@ -1,4 +1,5 @@
-// The colour transform with vectors. Compiled once for each kind of processor; the best one runs.
+// The colour transform with vectors, by whole multipliers where these give the same samples and by floats
+// where not. Compiled once for each kind of processor; the best one runs.
 
 #include "Imaging/Pixels/ColorTransformVectors.h"
 

@@ -1,3 +1,6 @@
+// Whole convolutions: rows are widened to 16 bits once, kept in a ring for as long as a kernel reaches, and
+// weighed block by block so that they stay in the cache.
+
 #include "Imaging/Pixels/ConvolutionPasses.h"
 
 #include "Imaging/Pixels/ConvolutionVectors.h"

@@ -1,3 +1,6 @@
+// Convolution one pixel after another, each sum from all its taps: what the vector code is compared with, and
+// what treats pixels near the edges.
+
 #include "Imaging/Pixels/ConvolutionPlain.h"
 
 #include <algorithm>

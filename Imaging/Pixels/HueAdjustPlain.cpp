@@ -1,3 +1,5 @@
+// The hue adjustment one pixel after another, in double precision: what the vector code is compared with.
+
 #include "Imaging/Pixels/HueAdjustPlain.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
-// The hue adjustment with vectors. Compiled once for each kind of processor; the best one runs.
+// The hue adjustment with vectors: bytes are sorted and put in place as bytes, only the arithmetic between is
+// done in doubles. Compiled once for each kind of processor; the best one runs.
 
 #include "Imaging/Pixels/HueAdjustVectors.h"
 

@@ -1,3 +1,5 @@
+// Masking one sample after another: what the vector code is compared with.
+
 #include "Imaging/Pixels/MaskPlain.h"
 
 #include <cstddef>

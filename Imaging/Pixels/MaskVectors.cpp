@@ -1,4 +1,4 @@
-// Masking with vectors. Compiled once for each kind of processor; the best one runs.
+// Masking with vectors, two samples a word. Compiled once for each kind of processor; the best one runs.
 
 #include "Imaging/Pixels/MaskVectors.h"
 

@@ -1,3 +1,6 @@
+// The two threads of the pixel operations. They are made for each computation and joined before it is over;
+// only `runPixelWorkers` knows that they are POSIX threads, and how many.
+
 #include "Imaging/Pixels/PixelWorkers.h"
 
 #include "Platform/Foundation/Exception.h"
