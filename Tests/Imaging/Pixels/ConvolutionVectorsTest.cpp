@@ -5,34 +5,20 @@
 
 #include "Imaging/Kernel.h"
 #include "Imaging/Pixels/ConvolutionPasses.h"
+#include "Tests/Imaging/PixelOperationFixtures.h"
 #include "Tests/Imaging/Pixels/ConvolutionFixtures.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <functional>
 #include <vector>
 
 using namespace ImagingTests;
 using namespace Imaging;
 
 namespace {
-
-/// Runs a body once on each target that was compiled and can run here.
-void onEveryTarget(const std::function<void()>& body) {
-    const std::vector<std::int64_t> targets = hwy::SupportedAndGeneratedTargets();
-    ASSERT_FALSE(targets.empty());
-    for (const std::int64_t target : targets) {
-        SCOPED_TRACE(hwy::TargetName(target));
-        hwy::SetSupportedTargetsForTest(target);
-        body();
-        hwy::SetSupportedTargetsForTest(0);
-        if (testing::Test::HasFatalFailure()) return;
-    }
-}
 
 void checkRectangle(Pixels::Random& random, int width, int height, int samples, const Taps2& kernel) {
     GuardedSamples source(width, height, samples, static_cast<std::size_t>(random.integer(0, 70)));

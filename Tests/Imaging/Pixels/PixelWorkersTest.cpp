@@ -157,6 +157,8 @@ TEST(RecordsOfPixelWorkers, HoldWhereTheRowsOfBothBitmapsAre) {
     description.pixelsWide = 3;
     description.pixelsHigh = 4;
     description.samplesPerPixel = 3;
+    description.hasAlpha = false;
+    description.colorSpaceName = Imaging::Platform::NSCalibratedRGBColorSpace;
     description.bytesPerRow = 11;
     const auto source = Imaging::Platform::NSBitmapImageRep::bitmapOverPlanes(description, {from.data()});
     description.bytesPerRow = 14;
