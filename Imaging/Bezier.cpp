@@ -49,11 +49,13 @@ Splitting splittingAt(float t) {
     return {betweenBases(before), betweenBases(after)};
 }
 
+/// Worked out once, since measuring halves a curve some thousand times.
 const Splitting& splittingInHalf() {
     static const Splitting splitting = splittingAt(0.5f);
     return splitting;
 }
 
+/// A row of a matrix times the curve's points, summed up from the start to the end.
 NSPoint combine(const float* weights, const BezierCurve& curve) {
     const auto sum = [&](float a, float b, float c, float d) {
         return weights[0] * a + weights[1] * b + weights[2] * c + weights[3] * d;
@@ -134,6 +136,7 @@ struct NearestPieceSearch {
         return Distance(point, Midpoint(piece.start, piece.end));
     }
 
+    /// The distance of the piece that is reached by taking the half whose box is nearer each time.
     float distanceOfSomePiece(BezierCurve piece) const {
         Halves halves = halvesByMidpoints(piece);
         while (!isShort(piece, halves)) {
@@ -144,6 +147,7 @@ struct NearestPieceSearch {
         return distanceOfMiddle(piece);
     }
 
+    /// Keeps the nearest piece of a curve that covers t0 to t1, unless the one known is nearer than its box.
     void visit(const BezierCurve& piece, float t0, float t1) {
         if (!(best > distanceFromBox(point, piece))) return;
         const Halves halves = halvesByMidpoints(piece);
@@ -160,6 +164,7 @@ struct NearestPieceSearch {
     }
 };
 
+/// In x and in y, each by itself.
 bool isNearby(NSPoint a, NSPoint b, float limit) {
     return std::fabs(a.x - b.x) < limit && std::fabs(a.y - b.y) < limit;
 }

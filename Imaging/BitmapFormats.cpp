@@ -17,6 +17,8 @@ using Platform::PixelLayout;
 
 namespace {
 
+// By name alone: a device space never makes a known layout, whatever its samples.
+
 bool isWhite(const NSBitmapImageRep& bitmap) {
     return bitmap.colorSpaceName() == Platform::NSCalibratedWhiteColorSpace;
 }
@@ -34,6 +36,7 @@ bool isGraySpace(std::string_view name) {
            isInvertedGraySpace(name);
 }
 
+/// Whether samples lie as in a known layout. The bits of a pixel tell padded ones apart.
 bool hasPixels(const NSBitmapImageRep& bitmap, int samples) {
     return bitmap.bitsPerSample() == 8 && !bitmap.isPlanar() && bitmap.samplesPerPixel() == samples &&
            bitmap.bitsPerPixel() == 8 * samples;
@@ -43,6 +46,7 @@ PixelColor deviceColor(int samplesPerPixel) {
     return samplesPerPixel <= 2 ? PixelColor::Gray : PixelColor::RGB;
 }
 
+/// Nothing in a bitmap says that alpha stands first; whoever made it so says it here.
 PixelAlpha alphaPlace(bool alpha, bool first) {
     if (!alpha) return PixelAlpha::None;
     return first ? PixelAlpha::First : PixelAlpha::Last;
@@ -112,6 +116,7 @@ std::shared_ptr<NSBitmapImageRep> decodedAfresh(const NSImage& image, bool throu
     }
 }
 
+/// The layout that a picture is converted to where none of its own serves.
 struct Target {
     int samplesPerPixel;
     bool hasAlpha;
@@ -169,6 +174,7 @@ std::recursive_mutex& GlobalImageLock() {
 
 std::shared_ptr<NSBitmapImageRep> bitmapWithSize(NSSize size, IMGBitmapFormat bitmapFormat) {
     NSBitmapDescription description;
+    // Asked before the sides become integers, which larger floats and those that are no numbers do not fit.
     if (!(size.width >= 1 && size.height >= 1 && size.width < 1e9F && size.height < 1e9F)) return nullptr;
     description.pixelsWide = static_cast<std::int64_t>(size.width);
     description.pixelsHigh = static_cast<std::int64_t>(size.height);

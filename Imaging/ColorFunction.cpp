@@ -7,6 +7,7 @@
 namespace Imaging {
 
 std::shared_ptr<ColorFunction> ColorFunction::grayColorFunction() {
+    // Made on first use and shared: there is nothing in it that could differ.
     static const auto gray = std::make_shared<GrayColorFunction>();
     return gray;
 }
@@ -25,6 +26,7 @@ GrayColorFunction::~GrayColorFunction() = default;
 AquaColorFunction::~AquaColorFunction() = default;
 
 NSColor GrayColorFunction::colorForParam(float param) const {
+    // In double from here on: 0.15 and 0.85 are not the floats next to them.
     const double white = std::abs(double{param} - 0.5) * 2 * 0.15 + 0.85;
     return NSColor::colorWithCalibratedWhite(static_cast<float>(white), 1);
 }
@@ -43,7 +45,7 @@ ColorColorFunction::ColorColorFunction(const NSColor& color) : m_color(color) {}
 ColorColorFunction::~ColorColorFunction() = default;
 
 NSColor ColorColorFunction::colorForParam(float param) const {
-    const double u = 1 - param;
+    const double u = 1 - param; // formed in floats, then widened
     const double fraction = u < 0.5 ? 2 * u * 0.6 + 0.3 : (u - 0.5) * 2 * -0.35 + 1.0;
     return NSColor::whiteColor().blendedColorWithFraction(static_cast<float>(fraction), m_color);
 }

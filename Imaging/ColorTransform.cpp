@@ -35,6 +35,7 @@ IMGColorTransformOp::IMGColorTransformOp(Platform::NSCoder& coder)
 
 IMGColorTransformOp::~IMGColorTransformOp() = default;
 
+/// What does not change is not announced, since observers would draw anew.
 void IMGColorTransformOp::setMultiplier(float& held, float multiplier) {
     if (held == multiplier) return;
     held = multiplier;

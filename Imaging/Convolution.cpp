@@ -38,17 +38,20 @@ Record recordWith(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBit
     return record;
 }
 
+/// Where the assertion handler lets a bad kernel pass, what there is of it is used: without taps every sum is
+/// 0.
 void convolve(const IMGKernel* kernel, const NSBitmapImageRep& source, NSBitmapImageRep& destination) {
     const NSSize size = kernel != nullptr ? kernel->size() : Platform::NSZeroSize;
     if (!(size.width > 1 && size.height >= 1)) {
         Platform::parameterAssertionFailed("kernel_size.width > 1 && kernel_size.height >= 1",
                                            "Imaging/Convolution", AssertionLines::convolutionKernelSize);
     }
+    // Archives may hold less than they say; no worker could tell.
     if (kernel != nullptr && !kernel->holdsAllTaps()) {
         throw NSException(Platform::NSInvalidArgumentException,
                           "the kernel has fewer taps than its size says");
     }
-    const std::int32_t height = wholeTaps(size.height);
+    const std::int32_t height = wholeTaps(size.height); // one high is the mark of a separable kernel
     if (height == 1) {
         auto record = recordWith<Convolve1Record>(kernel, source, destination);
         record.kernelLength = wholeTaps(size.width);

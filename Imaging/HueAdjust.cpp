@@ -54,6 +54,7 @@ void IMGHueAdjustOp::computePixels(const NSBitmapImageRep& source, NSBitmapImage
     if (!treatsFormat(format)) return;
     constexpr double pi = std::numbers::pi;
     auto record = recordBetween<HueAdjustRecord>(source, destination);
+    // In double up to here: the workers are defined by the float that comes of it.
     record.hueShift = static_cast<float>(double{m_angle} * 6 / (pi + pi));
     runPixelWorkers(format == IMGBitmapFormatRGB ? hue_adjust_rgb : hue_adjust_rgba, interleavedRows(record));
 }

@@ -51,6 +51,7 @@ NSData copiedTaps(NSSize size, const std::int32_t* taps) {
     return data;
 }
 
+/// A generated kernel, whose name people see and so is in their language.
 std::shared_ptr<IMGKernel> named(float width, float height, const std::vector<std::int32_t>& taps,
                                  const char* key) {
     return std::make_shared<IMGKernel>(NSSize{width, height}, taps.data(),
@@ -63,6 +64,8 @@ double spread(double sigma) { return (sigma + sigma) * sigma; }
 /// Whether there is no bell: the quotients of the exponents would not be numbers.
 bool isPoint(double sigma) { return std::isnan(sigma) || spread(sigma) == 0; }
 
+/// The taps on either side of the middle one. Limited, since in two dimensions they take their square in
+/// memory.
 std::int64_t bellRadius(double sigma) {
     const double radius = std::clamp(sigma + 1, 0.0, 4294967295.0);
     const auto whole = static_cast<std::uint64_t>(radius);
@@ -73,6 +76,7 @@ std::int64_t bellRadius(double sigma) {
     return static_cast<std::int64_t>(whole);
 }
 
+/// Truncated, not rounded, which is why the taps of a bell sum to a little less than 4096.
 std::int32_t fixedPoint(double tap) { return static_cast<std::int32_t>(tap); }
 
 } // namespace
@@ -92,6 +96,7 @@ IMGKernel::IMGKernel(Platform::NSCoder& coder)
 IMGKernel::~IMGKernel() = default;
 
 void IMGKernel::readTaps() {
+    // Copied, since bytes of an archive need not be aligned, and may end within a tap.
     m_taps.resize(m_data.size() / sizeof(std::int32_t));
     if (!m_taps.empty()) std::memcpy(m_taps.data(), m_data.data(), m_taps.size() * sizeof(std::int32_t));
 }
@@ -106,6 +111,7 @@ std::shared_ptr<IMGKernel> IMGKernel::kernelGaussianWithSigma(double sigma) {
     const std::int64_t radius = bellRadius(sigma);
     const double divisor = spread(sigma);
     const auto weight = [divisor](std::int64_t x, std::int64_t y) {
+        // By way of the root, since d * -d differs from -(x² + y²) in the last bits and taps are truncated.
         const double d = std::sqrt(static_cast<double>(x * x + y * y));
         return std::exp(d * -d / divisor);
     };

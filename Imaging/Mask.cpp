@@ -41,7 +41,7 @@ IMGMaskOp::IMGMaskOp(Platform::NSCoder& coder)
 IMGMaskOp::~IMGMaskOp() = default;
 
 void IMGMaskOp::setMaskImage(std::shared_ptr<IMGImage> maskImage) {
-    if (maskImage == m_mask_image) return;
+    if (maskImage == m_mask_image) return; // null by null too, which isEqual cannot say
     if (maskImage != nullptr && m_mask_image != nullptr && maskImage->isEqual(*m_mask_image)) return;
     m_mask_image = std::move(maskImage);
     dropResult();
@@ -49,6 +49,7 @@ void IMGMaskOp::setMaskImage(std::shared_ptr<IMGImage> maskImage) {
 }
 
 std::shared_ptr<CCImage> IMGMaskOp::untransformedImage() {
+    // Without a mask the source's result passes through as the same object, and none is made or kept.
     return m_mask_image != nullptr ? SourceCachedOperation::untransformedImage() : sourceResult();
 }
 
@@ -87,6 +88,7 @@ void IMGMaskOp::computePixels(const NSBitmapImageRep& source, NSBitmapImageRep& 
     requireSizesOfRecords(*mask);
     const IMGBitmapFormat format = imgBitmapFormat(source);
     if (!treatsFormat(format)) return;
+    // What both have in common, where the assertion handler lets a mask of another size pass.
     auto record = recordBetween<MaskRecord>(source, destination);
     record.width = std::min(record.width, static_cast<std::int32_t>(mask->pixelsWide()));
     record.height = std::min(record.height, static_cast<std::int32_t>(mask->pixelsHigh()));

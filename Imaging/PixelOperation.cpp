@@ -65,6 +65,7 @@ std::shared_ptr<CCImage> PixelOperation::sourceResult() const {
 std::shared_ptr<CCImage> PixelOperation::computedFrom(const std::shared_ptr<CCImage>& sourceResult) {
     if (sourceResult == nullptr || sourceResult->nsImage() == nullptr) return nullptr;
     const auto source = bitmapRepresentationWithCanonicalFormat(*sourceResult->nsImage());
+    // No picture is no result, but a picture that cannot be converted is an empty one, which is kept.
     if (source == nullptr) {
         return CCImage::ccImageWithNSImage(std::make_shared<NSImage>(Platform::NSZeroSize));
     }
@@ -96,6 +97,7 @@ SourceCachedOperation::~SourceCachedOperation() = default;
 
 std::shared_ptr<CCImage> SourceCachedOperation::untransformedImage() {
     const std::shared_ptr<CCImage> source = sourceResult();
+    // The source is asked every time: that it is the same result says that nothing below has changed.
     if (m_cached_image_source != source) dropResult();
     if (m_cached_image == nullptr) {
         m_cached_image = computedFrom(source);

@@ -20,7 +20,10 @@ namespace {
 /// How much of the rows under a kernel is meant to stay in the second-level cache of a core.
 constexpr std::size_t ringBytes = std::size_t{128} << 10;
 constexpr std::size_t cacheLine = 64;
+/// In samples. The narrower a block, the more of what is widened for it lies beside it.
 constexpr std::size_t smallestBlock = 512;
+/// Rows that are dealt out together: the more, the fewer source rows are widened twice; the fewer, the better
+/// the two threads share the work.
 constexpr std::int64_t bandRows = 32;
 
 /// Wide samples, all 0, from the start of a cache line on: loads that cross cache lines take twice as long.
@@ -67,7 +70,8 @@ struct Scratch {
     std::vector<std::ptrdiff_t> offsets; ///< into the ring, for one output row
 };
 
-/// A record of the plain workers with what the passes need besides.
+/// A record of the plain workers with what the passes need besides. Its first row and step count what is
+/// dealt out instead: blocks of columns, or bands of rows.
 template<class Record>
 struct PassRecord : Record {
     const ConvolutionPlan* plan = nullptr;
@@ -146,6 +150,7 @@ void filterBlock(const LineRecord& record, Block block, bool upward) {
     }
 }
 
+/// Blocks are dealt out in turn, like the columns of the plain worker.
 void separableWorker(const LineRecord& record) {
     const std::size_t step = static_cast<std::size_t>(record.rowStep) * record.block;
     std::size_t first = static_cast<std::size_t>(record.firstRow) * record.block;
@@ -174,6 +179,7 @@ Span innerSpan(const Convolve2Record& record) {
     return {from, std::clamp<std::int64_t>(record.width - record.kernelWidth - shift + 1, from, columns)};
 }
 
+/// Whether all rows under the kernel are in the picture, so that no sample is read from an edge instead.
 bool coversRow(const Convolve2Record& record, std::int64_t y) {
     const std::int64_t top = y - record.kernelHeight / 2;
     return top >= 0 && top + record.kernelHeight <= record.height;
@@ -216,6 +222,7 @@ void rectangleTile(const RectangleRecord& record, Span rows, Block tile) {
     }
 }
 
+/// Pixels near the edges one after another, all others tile by tile with vectors.
 template<class Pixel, class Sum>
 void rectangleBand(const RectangleRecord& record, Span rows) {
     const Span inner = innerSpan(record);
@@ -245,6 +252,7 @@ void rectangleWorker(const RectangleRecord& record) {
     }
 }
 
+/// Edges are copied when the threads are done: for kernels that are not square they overlap what is computed.
 template<class Pixel, class Sum>
 void convolveRectangleOf(const std::array<RectangleRecord, 2>& records) {
     runPixelWorkers(rectangleWorker<Pixel, Sum>, records);

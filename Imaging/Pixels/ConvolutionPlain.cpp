@@ -11,11 +11,13 @@ namespace Imaging::Plain {
 
 namespace {
 
+/// How many bytes from the start of its row a pixel lies.
 template<class Pixel>
 std::size_t offsetOf(std::int64_t x) {
     return static_cast<std::size_t>(x) * sizeof(Pixel);
 }
 
+/// Copies pixels of one row from x on; none for a count that is not positive, as small pictures have.
 template<class Pixel>
 void copyPixels(const PixelRecord& record, std::int64_t x, std::int64_t y, std::int64_t count) {
     if (count <= 0) return;
@@ -23,6 +25,7 @@ void copyPixels(const PixelRecord& record, std::int64_t x, std::int64_t y, std::
                 offsetOf<Pixel>(count));
 }
 
+/// Adds every sample of a pixel, alpha included, to its own sum.
 template<class Pixel, class Sum>
 void addWeighted(Sum& sum, std::int32_t tap, const std::uint8_t* pixel) {
     for (std::size_t i = 0; i < sum.samples.size(); ++i) {
@@ -40,6 +43,8 @@ void store(const Sum& sum, std::int32_t divisor, std::uint8_t* pixel) {
 std::int64_t convolve2Columns(const Convolve2Record& record) {
     const std::int64_t halfWidth = record.kernelWidth / 2;
     const std::int64_t halfHeight = record.kernelHeight / 2;
+    // They are counted by half the height but written from half the width on: a wide kernel has some behind
+    // the row.
     return std::max<std::int64_t>(
         0, std::min(record.width - 2 * halfHeight, std::int64_t{record.width} - halfWidth));
 }
@@ -68,6 +73,7 @@ template<class Pixel, class Sum>
 void convolve2(const Convolve2Record& record) {
     const std::int64_t halfWidth = record.kernelWidth / 2;
     const std::int64_t columns = convolve2Columns(record);
+    // The width, where one would expect the height: see the header.
     for (std::int64_t y = halfWidth + record.firstRow; y < record.height - halfWidth; y += record.rowStep) {
         convolve2Span<Pixel, Sum>(record, y, 0, columns);
     }
@@ -79,7 +85,7 @@ void convolve1a(const Convolve1Record& record) {
     const std::int64_t half = record.kernelLength / 2;
     for (std::int64_t y = record.firstRow; y < record.height; y += record.rowStep) {
         copyPixels<Pixel>(record, 0, y, std::min(half, width));
-        std::int64_t x = half;
+        std::int64_t x = half; // in rows shorter than the kernel this is where the copying of the rest begins
         for (; x < width - half; ++x) {
             Sum sum;
             for (std::int64_t k = 0; k < record.kernelLength; ++k) {
@@ -106,6 +112,7 @@ void convolve1b(const Convolve1Record& record) {
             }
             store(sum, record.divisor, destinationRow(record, y) + offsetOf<Pixel>(x));
         }
+        // In columns shorter than the kernel some are copied a second time.
         for (std::int64_t y = std::max<std::int64_t>(0, height - half); y < height; ++y) {
             copyPixels<Pixel>(record, x, y, 1);
         }
@@ -128,6 +135,8 @@ void copy_edges(const Convolve2Record& record) {
         copyPixels<Pixel>(record, width - columns, y, columns);
     }
 }
+
+// There is no generic pixel, so these are all that are ever needed.
 
 template void convolve2<GPixel, GPixelSum>(const Convolve2Record&);
 template void convolve2<GAPixel, GAPixelSum>(const Convolve2Record&);

@@ -18,6 +18,7 @@ double hueOf(double r, double g, double b, double largest, double range) {
     return (r - g) / range + 4;
 }
 
+/// Both workers: pixels of three samples, or of four, of which the last one is alpha.
 template<int samples>
 void adjustHues(const HueAdjustRecord& record) {
     forEachRow(record, [&](std::int64_t row) {
@@ -47,6 +48,8 @@ void adjustHue(double hueShift, const std::uint8_t* source, std::uint8_t* destin
     if (x < 0) x += 6;
     if (!(x >= 0 && x < 6)) return; // one turn is all that is undone
 
+    // The largest sample and the smallest, p, stay; the one between falls (q) in odd sextants and rises (t)
+    // in even ones.
     const double sextant = std::floor(x);
     const double fraction = x - sextant;
     const auto byte = [](double value) { return static_cast<std::uint8_t>(value); };

@@ -54,6 +54,7 @@ HWY_INLINE DoubleVector doublesAt(const std::uint8_t* bytes) {
     return hn::PromoteTo(Doubles(), integersAt(bytes));
 }
 
+/// Conversions to integers truncate toward zero, as those of the plain worker do.
 HWY_INLINE void storeTruncated(DoubleVector values, std::uint8_t* bytes) {
     hn::StoreU(hn::DemoteTo(FewBytes(), hn::DemoteTo(Integers(), values)), FewBytes(), bytes);
 }

@@ -25,6 +25,7 @@ HWY_INLINE void maskWords(const std::uint8_t* source, WordVector masks, std::uin
     const Words words;
     const hn::Repartition<std::uint8_t, Words> bytes;
     const auto samples = hn::BitCast(words, hn::LoadU(bytes, source));
+    // Both are floors, as the plain shift is:
     // (256 · s · m) / 65536 for the low byte; the product's own high byte for the high one.
     const auto low = hn::MulHigh(hn::ShiftLeft<8>(samples), masks);
     const auto high = hn::And(hn::Mul(hn::ShiftRight<8>(samples), masks), hn::Set(words, 0xFF00));
@@ -54,6 +55,7 @@ HWY_INLINE std::size_t maskVectors(RGBAPixel, const std::uint8_t* source, const 
     std::size_t x = 0;
     for (; x + lanes <= width; x += lanes) {
         const auto masks = hn::PromoteTo(pixels, hn::LoadU(maskBytes, mask + x));
+        // Four samples are two words, both under the same mask.
         const auto twice = hn::BitCast(words, hn::Or(masks, hn::ShiftLeft<16>(masks)));
         maskWords(source + 4 * x, twice, destination + 4 * x);
     }
@@ -69,6 +71,7 @@ std::size_t maskVectors(Pixel, const std::uint8_t*, const std::uint8_t*, std::si
 
 #endif
 
+/// A whole row: vectors, then what is left over sample by sample, so that nothing behind the row is touched.
 template<class Pixel>
 HWY_INLINE void maskSamples(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
                             std::uint8_t* destination) {
@@ -78,6 +81,8 @@ HWY_INLINE void maskSamples(const std::uint8_t* source, const std::uint8_t* mask
         destination[i] = Plain::masked(source[i], mask[i / samples]);
     }
 }
+
+// Tables of functions for each processor hold no templates.
 
 HWY_ATTR void maskGA(const std::uint8_t* source, const std::uint8_t* mask, std::size_t width,
                      std::uint8_t* destination) {

@@ -12,6 +12,7 @@ namespace Imaging {
 
 namespace {
 
+// Tests put a failing one here, since no machine runs out of threads when it should.
 std::atomic<ThreadCreation> threadCreation = pthread_create;
 
 } // namespace
@@ -28,7 +29,7 @@ void requireSizesOfRecords(const Platform::NSBitmapImageRep& bitmap) {
 
 void runPixelWorkers(void* (*worker)(void*), void* firstRecord, void* secondRecord) {
     const std::array<void*, 2> records = {firstRecord, secondRecord};
-    const ThreadCreation create = threadCreation;
+    const ThreadCreation create = threadCreation; // once, so that both threads are made alike
     std::array<pthread_t, 2> threads{};
     std::array<bool, 2> created{};
     for (std::size_t i = 0; i < 2; ++i) created[i] = create(&threads[i], nullptr, worker, records[i]) == 0;
