@@ -26,6 +26,7 @@ using Platform::NSMakeRect;
 
 namespace {
 
+/// What was computed in double, as the floats that points hold.
 NSPoint rounded(double x, double y) { return {static_cast<float>(x), static_cast<float>(y)}; }
 
 NSBezierPath closedTriangle(NSPoint a, NSPoint b, NSPoint c) {
@@ -44,6 +45,8 @@ NSAffineTransform shadowTransform(NSRect bounds, int step) {
     const NSPoint middle = rounded(bounds.origin.x + w * 0.5, bounds.origin.y + h * 0.5);
     const NSPoint lower = rounded(bounds.origin.x + w * 0.5, bounds.origin.y + h * 0.5 - step * 0.5);
     const NSPoint scale = rounded((w + step) / w, (step * 0.5 + h) / h);
+    // From the last step to the first: the middle to (0, 0), the scale, and up to where the shadow's middle
+    // lies.
     NSAffineTransform transform;
     transform.translateXBy(lower.x, lower.y);
     transform.scaleXBy(scale.x, scale.y);
@@ -66,6 +69,7 @@ void drawKnobBody(const NSBezierPath& path, NSRect bounds, const ColorFunction& 
     path.addClip();
     const auto [x, y] = bounds.origin;
     const auto [w, h] = bounds.size;
+    // Whole numbers count the rows: a float that is counted up would stop growing at 2^24.
     for (std::int64_t row = 0; static_cast<float>(row) < h; ++row) {
         const auto j = static_cast<float>(row);
         function.colorForParam(j / h).set();
@@ -73,6 +77,7 @@ void drawKnobBody(const NSBezierPath& path, NSRect bounds, const ColorFunction& 
     }
     for (std::int64_t column = 0; static_cast<float>(column) < w; ++column) {
         const auto k = static_cast<float>(column);
+        // Darkest at the sides, which turns the rows into the inside of a round thing.
         const double alpha = std::abs(w * 0.5 - k) / w * 0.5;
         NSColor::colorWithCalibratedWhite(0, static_cast<float>(alpha)).set();
         Platform::NSRectFillUsingOperation(NSMakeRect(x + k, y, 1, h), Platform::NSCompositeSourceOver);
@@ -97,6 +102,7 @@ void strokeCurve(NSPoint from, const std::array<NSPoint, 3>& points) {
 } // namespace
 
 NSBezierPath bezierPathWithRoundedRect(NSRect rect, float radius) {
+    // Both control points of a corner are the corner itself.
     const float r = radius;
     const auto [x, y] = rect.origin;
     const float right = Platform::NSMaxX(rect);
@@ -132,6 +138,7 @@ void strokeArrowFromPoint(NSPoint from, NSPoint to) {
     constexpr float back = 7.071068F; // 10 / sqrt(2)
     constexpr float aside = 3.535534F;
     const float length = Distance(from, to);
+    // The direction, whose parts are no numbers where the points are one: then nothing of the head is drawn.
     const float ux = (to.x - from.x) / length;
     const float uy = (to.y - from.y) / length;
     NSBezierPath::strokeLine(from, to);

@@ -21,6 +21,7 @@ namespace {
 constexpr int pointsOfCurve = 20;
 constexpr float curveTolerance = 1.0F / 1024;
 
+/// Vertices are doubles for the clipper alone: what goes through a transform is a point of floats.
 gpc_vertex widened(NSPoint point) { return {point.x, point.y}; }
 
 NSPoint narrowed(const gpc_vertex& vertex) {
@@ -48,7 +49,7 @@ public:
             m_current = points[2];
             break;
         case NSBezierPathElement::ClosePath:
-            m_list.push_back(m_start);
+            m_list.push_back(m_start); // the pen stays where it was
             break;
         }
     }
@@ -62,6 +63,7 @@ public:
 
 private:
     void addCurve(const BezierCurve& curve) {
+        // Without the end, which whatever comes next begins with or passes by.
         for (int i = 0; i < pointsOfCurve; ++i) {
             const float fraction = static_cast<float>(i) / pointsOfCurve;
             m_list.push_back(PointAlongBezierCurve(curve, fraction, curveTolerance));
@@ -100,6 +102,7 @@ void ClipPolygonToTransformedRect(gpc_polygon* polygon, NSRect rect, const NSAff
     AddRectToPolygon(&limit, rect);
     TransformPolygon(&limit, transform);
     gpc_owned_polygon clipped;
+    // Where this throws the polygon has not been touched.
     gpc_polygon_clip(Platform::GPC_INT, polygon, &limit, &clipped);
     gpc_free_polygon(polygon);
     clipped.moveTo(polygon);

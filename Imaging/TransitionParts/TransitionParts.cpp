@@ -25,10 +25,12 @@ TransitionPart fillingPart(std::shared_ptr<IMGImage> image, NSRect panel) {
 
 TransitionPart fittedPart(std::shared_ptr<IMGImage> image, NSRect panel) {
     TransitionPart part = fillingPart(std::move(image), panel);
+    // Bounds without height are infinitely wide for their height; FitRect says what becomes of that.
     part.place = FitRect(panel, part.area.size.width / part.area.size.height);
     return part;
 }
 
+// One table for all: a transition that moves the other way asks for the opposite edge.
 std::optional<Edge> enteringEdge(IMGTransitionDirection direction) {
     switch (direction) {
     case IMGTransitionDirectionLeft:
@@ -61,6 +63,7 @@ Edge opposite(Edge edge) {
 bool isHorizontal(Edge edge) { return edge == Edge::Left || edge == Edge::Right; }
 
 NSRect shareAtEdge(NSRect rect, Edge edge, Shares shares) {
+    // The left and lower edges are where a rectangle begins, so a share there only becomes shorter.
     if (edge == Edge::Right) rect.origin.x += shares.hidden * rect.size.width;
     if (edge == Edge::Top) rect.origin.y += shares.hidden * rect.size.height;
     (isHorizontal(edge) ? rect.size.width : rect.size.height) *= shares.shown;
@@ -80,6 +83,7 @@ std::shared_ptr<IMGImage> placed(TransitionPart part, IMGImageScaling scaling, b
 }
 
 std::shared_ptr<IMGCropAndScale> framed(std::shared_ptr<IMGImage> node, NSSize size) {
+    // The node's bounds as they are now: a graph for one weight does not change any more.
     const NSRect bounds = node->imageBoundsRect();
     return IMGCropAndScale::cropWithSourceImage(std::move(node), bounds, size, SCALE_TO_FILL, false);
 }
