@@ -47,8 +47,8 @@ void CCImage::forceToCache() {
     }
 }
 
-void CCImage::drawWithTransformClip(const TransformAndClipList& list, int operation, float fraction,
-                                    IMGDrawingTarget*) {
+void CCImage::drawWithTransformClip(const TransformAndClipList& list, CompositingOperation operation,
+                                    float fraction, IMGDrawingTarget*) {
     const std::shared_ptr<NSGraphicsContext> context = NSGraphicsContext::currentContext();
     if (context == nullptr) return;
     const NSRect whole = RectFromSize(size());

@@ -54,8 +54,8 @@ public:
     /// common. The drawing target is not used. Holds `GlobalImageLock` while the picture is painted. The
     /// graphics state is left as it was, also when drawing throws; what it throws passes on. Under a
     /// transform without an inverse nothing is painted.
-    void drawWithTransformClip(const TransformAndClipList& list, int operation, float fraction,
-                               IMGDrawingTarget* imageContext);
+    void drawWithTransformClip(const TransformAndClipList& list, CompositingOperation operation,
+                               float fraction, IMGDrawingTarget* imageContext);
 
 private:
     CCImage();

@@ -44,6 +44,7 @@ void IMGCanvas::rotateByDegrees(float degrees) {
 
 void IMGCanvas::addSource(std::shared_ptr<IMGImage> source) {
     IMGImage::addSource(std::move(source));
+    // Nothing announces a source that is added, so this is the only chance to notice.
     m_canvas_image.reset();
 }
 
@@ -89,6 +90,7 @@ IMGCompositeOp::~IMGCompositeOp() = default;
 std::optional<IMGBounds> IMGCompositeOp::boundsForImage(const IMGImage& image,
                                                         const NSAffineTransform& transform) const {
     if (!isEqual(image)) return IMGImage::boundsForImage(image, transform);
+    // The first rectangle is taken as it is, since one without area would be lost in a union.
     NSRect united = Platform::NSZeroRect;
     bool isFirst = true;
     for (const std::shared_ptr<IMGImage>& source : sources()) {

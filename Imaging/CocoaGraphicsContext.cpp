@@ -26,7 +26,7 @@ void CocoaGraphicsContext::drawHintText(const std::string& text, NSRect inside) 
     HintTextInFrame(inside, text);
 }
 
-void CocoaGraphicsContext::fillRect(NSRect rect, const NSColor& color, int operation) {
+void CocoaGraphicsContext::fillRect(NSRect rect, const NSColor& color, CompositingOperation operation) {
     const NSGraphicsStateScope state;
     color.set();
     Platform::NSRectFillUsingOperation(rect, operation);
@@ -50,8 +50,8 @@ void CocoaGraphicsContext::strokeBezierPath(const NSBezierPath& path, const NSCo
     path.stroke();
 }
 
-void CocoaGraphicsContext::drawImage(const std::shared_ptr<IMGImage>& node, NSRect rect, int operation,
-                                     float alpha) {
+void CocoaGraphicsContext::drawImage(const std::shared_ptr<IMGImage>& node, NSRect rect,
+                                     CompositingOperation operation, float alpha) {
     if (node == nullptr) return;
     const NSGraphicsStateScope state;
     // Where the clip rectangle lies does not matter, only that there is one: no picture may then reach out of
@@ -60,8 +60,8 @@ void CocoaGraphicsContext::drawImage(const std::shared_ptr<IMGImage>& node, NSRe
     node->drawInRect(rect, operation, alpha, false);
 }
 
-void CocoaGraphicsContext::drawImage(IMGImage& node, const TransformAndClipList& transformClip, int operation,
-                                     float fraction) {
+void CocoaGraphicsContext::drawImage(IMGImage& node, const TransformAndClipList& transformClip,
+                                     CompositingOperation operation, float fraction) {
     const NSGraphicsStateScope state;
     node.drawImage(nullptr, transformClip, operation, fraction, nullptr);
 }

@@ -29,7 +29,7 @@ public:
     /// Throws like Platform::drawTextAtPoint.
     void drawHintText(const std::string& text, NSRect inside) override;
 
-    void fillRect(NSRect rect, const NSColor& color, int operation) override;
+    void fillRect(NSRect rect, const NSColor& color, CompositingOperation operation) override;
 
     /// With the copy operation, so that the colour's alpha replaces what is there.
     void frameRect(NSRect rect, const NSColor& color, float lineWidth) override;
@@ -40,11 +40,12 @@ public:
     /// Draws by walking the node's graph. With an image clip rectangle other than the zero rectangle the
     /// picture is clipped, and it is clipped to `rect`: the image clip rectangle itself only turns that on.
     /// Null draws nothing.
-    void drawImage(const std::shared_ptr<IMGImage>& node, NSRect rect, int operation, float alpha) override;
+    void drawImage(const std::shared_ptr<IMGImage>& node, NSRect rect, CompositingOperation operation,
+                   float alpha) override;
 
     /// Draws the node under the records, without any drawing target, so that a graph drawn with this target
     /// shows its leaves.
-    void drawImage(IMGImage& node, const TransformAndClipList& transformClip, int operation,
+    void drawImage(IMGImage& node, const TransformAndClipList& transformClip, CompositingOperation operation,
                    float fraction) override;
 
     /// Does nothing: the cube needs a target that draws in three dimensions.

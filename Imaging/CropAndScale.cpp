@@ -64,6 +64,7 @@ void IMGCropAndScale::setDoClip(bool flag) {
 }
 
 void IMGCropAndScale::changed() {
+    // Before anybody is told, who may ask for the picture at once.
     _cached_image.reset();
     IMGImage::changed();
 }
@@ -72,9 +73,11 @@ void IMGCropAndScale::calculateTransform(NSAffineTransform& transform, NSRect ar
     const NSSize target = targetSize();
     const float scaleX = target.width / area.size.width;
     const float scaleY = target.height / area.size.height;
+    // Each call acts before those above it, so the area is brought to (0, 0) first and scaled last. What
+    // centres it is counted in units of the source, since it is scaled too.
     switch (imageScaling()) {
     case SCALE_PROPORTIONALLY:
-        if (scaleY > scaleX) {
+        if (scaleY > scaleX) { // the width decides, and there is room above and below
             transform.scaleBy(scaleX);
             transform.translateXBy(-area.origin.x, -area.origin.y);
             transform.translateXBy(0, (target.height / scaleX - area.size.height) * 0.5F);
@@ -88,11 +91,11 @@ void IMGCropAndScale::calculateTransform(NSAffineTransform& transform, NSRect ar
         transform.scaleXBy(scaleX, scaleY);
         transform.translateXBy(-area.origin.x, -area.origin.y);
         break;
-    case SCALE_NONE:
+    case SCALE_NONE: // the middle is formed in double, as that of a transposition is
         transform.translateXBy(-static_cast<float>(area.origin.x + area.size.width * 0.5),
                                -static_cast<float>(area.origin.y + area.size.height * 0.5));
         break;
-    default:
+    default: // a number without a name leaves the source where it is
         break;
     }
 }
@@ -111,17 +114,21 @@ std::optional<IMGBounds> IMGCropAndScale::boundsForImage(const IMGImage& image,
 }
 
 void IMGCropAndScale::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                                int operation, float fraction, IMGDrawingTarget* imageContext) {
+                                CompositingOperation operation, float fraction,
+                                IMGDrawingTarget* imageContext) {
     const std::shared_ptr<IMGImage> source = sourceAtIndex(0);
     NSAffineTransform fitting;
     calculateTransform(fitting, _source_area);
     const TransformAndClipRect fitted =
         _do_clip ? TransformAndClipRect(fitting, _source_area) : TransformAndClipRect(fitting);
+    // The clip lies in the space that the fitting acts on, which has the source's own transform in it
+    // already.
     const TransformAndClipRect own(source->transform());
     source->drawImage(image, list.appending(fitted).appending(own), operation, fraction, imageContext);
 }
 
 std::shared_ptr<CCImage> IMGCropAndScale::untransformedImage() {
+    // Nothing is scaled then; where the area lies is not looked at.
     if (Platform::NSEqualSizes(_target_size, _source_area.size)) {
         return sourceAtIndex(0)->untransformedImage();
     }

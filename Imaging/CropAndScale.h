@@ -68,8 +68,8 @@ public:
     using IMGImage::boundsForImage;
 
     /// Walks on to the source, whatever was rendered.
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     /// The source's own rendered picture, whole, where the target is as large as the area, wherever that
     /// lies. Otherwise the node drawn into a picture of the target size, which is kept until `changed`; null

@@ -7,13 +7,6 @@ namespace Imaging {
 /// An argument that is a value of an enumeration or the number that stands for it, as documents and older
 /// programs have it. A number that the enumeration does not name is kept as it is: the function that takes
 /// the argument says what it does with such a one.
-///
-/// Example:
-/// @code
-/// enum Side : std::int32_t { SideLeft = 1, SideRight = 2 };
-/// const auto isLeft = [](EnumOrNumber<Side> side) { return side == SideLeft; };
-/// const bool bothAreLeft = isLeft(SideLeft) && isLeft(1);
-/// @endcode
 template<class Enum>
 class EnumOrNumber {
 public:

@@ -99,8 +99,8 @@ void fillContours(const gpc_polygon& polygon, const NSColor& color, GraphicsCont
 }
 
 /// Whether a target that fills no paths has taken the draw over.
-bool isDrawnByTarget(IMGImage& node, const TransformAndClipList& list, int operation, float fraction,
-                     IMGDrawingTarget* target) {
+bool isDrawnByTarget(IMGImage& node, const TransformAndClipList& list, CompositingOperation operation,
+                     float fraction, IMGDrawingTarget* target) {
     if (target == nullptr || target->graphicsContext() != nullptr) return false;
     target->drawImage(node, list, operation, fraction);
     return true;
@@ -173,8 +173,8 @@ IMGNullGenerator::IMGNullGenerator(Platform::NSCoder& coder) : SizedNode(coder) 
 
 IMGNullGenerator::~IMGNullGenerator() = default;
 
-void IMGNullGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList&, int, float,
-                                 IMGDrawingTarget*) {}
+void IMGNullGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList&,
+                                 CompositingOperation, float, IMGDrawingTarget*) {}
 
 std::shared_ptr<IMGImage> IMGNullGenerator::copy() const { return generatorWithSize(size()); }
 
@@ -202,7 +202,8 @@ IMGConstantImageGenerator::IMGConstantImageGenerator(Platform::NSCoder& coder) :
 IMGConstantImageGenerator::~IMGConstantImageGenerator() = default;
 
 void IMGConstantImageGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list,
-                                          int operation, float fraction, IMGDrawingTarget* imageContext) {
+                                          CompositingOperation operation, float fraction,
+                                          IMGDrawingTarget* imageContext) {
     if (isDrawnByTarget(*this, list, operation, fraction, imageContext)) return;
     GraphicsContext* const target = graphicsContextOf(imageContext);
     const NSColor color = m_color.colorWithAlphaComponent(fraction);
@@ -239,7 +240,8 @@ IMGSimpleFrameGenerator::IMGSimpleFrameGenerator(Platform::NSCoder& coder) : Siz
 IMGSimpleFrameGenerator::~IMGSimpleFrameGenerator() = default;
 
 void IMGSimpleFrameGenerator::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list,
-                                        int operation, float fraction, IMGDrawingTarget* imageContext) {
+                                        CompositingOperation operation, float fraction,
+                                        IMGDrawingTarget* imageContext) {
     if (isDrawnByTarget(*this, list, operation, fraction, imageContext)) return;
     const NSColor color = m_color.colorWithAlphaComponent(m_color.alphaComponent() * fraction);
     const NSRect rect = wholeRect();

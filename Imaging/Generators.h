@@ -42,8 +42,8 @@ public:
     explicit IMGNullGenerator(Platform::NSCoder& coder);
     ~IMGNullGenerator() override;
 
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
@@ -68,8 +68,8 @@ public:
     explicit IMGConstantImageGenerator(Platform::NSCoder& coder);
     ~IMGConstantImageGenerator() override;
 
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
@@ -95,8 +95,8 @@ public:
     explicit IMGSimpleFrameGenerator(Platform::NSCoder& coder);
     ~IMGSimpleFrameGenerator() override;
 
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;

@@ -41,7 +41,7 @@ void GraphicsContext::drawFocusRingInside(NSRect rect) {
     frameRect(Platform::NSInsetRect(rect, 8, 8), color, 2);
 }
 
-void GraphicsContext::fillRect(NSRect, const NSColor&, int) {}
+void GraphicsContext::fillRect(NSRect, const NSColor&, CompositingOperation) {}
 
 void GraphicsContext::frameRect(NSRect, const NSColor&, float) {}
 
@@ -49,9 +49,9 @@ void GraphicsContext::fillBezierPath(const NSBezierPath&, const NSColor&) {}
 
 void GraphicsContext::strokeBezierPath(const NSBezierPath&, const NSColor&) {}
 
-void GraphicsContext::drawImage(const std::shared_ptr<IMGImage>&, NSRect, int, float) {}
+void GraphicsContext::drawImage(const std::shared_ptr<IMGImage>&, NSRect, CompositingOperation, float) {}
 
-void GraphicsContext::drawImage(IMGImage&, const TransformAndClipList&, int, float) {}
+void GraphicsContext::drawImage(IMGImage&, const TransformAndClipList&, CompositingOperation, float) {}
 
 void GraphicsContext::preloadBitmap(const std::shared_ptr<NSBitmapImageRep>&, float) {}
 

@@ -71,7 +71,7 @@ public:
     /// A line of width 2 in the colour of the keyboard focus, 8 inside the rectangle.
     virtual void drawFocusRingInside(NSRect rect);
 
-    virtual void fillRect(NSRect rect, const NSColor& color, int operation);
+    virtual void fillRect(NSRect rect, const NSColor& color, CompositingOperation operation);
 
     /// A border of a width, inwards from the rectangle's edges.
     virtual void frameRect(NSRect rect, const NSColor& color, float lineWidth);
@@ -79,12 +79,13 @@ public:
     virtual void fillBezierPath(const NSBezierPath& path, const NSColor& color);
     virtual void strokeBezierPath(const NSBezierPath& path, const NSColor& color);
 
-    /// A node whose bounds are fitted onto the rectangle, with an NSCompositingOperation and an alpha from 0
+    /// A node whose bounds are fitted onto the rectangle, with an operation and an alpha from 0
     /// to 1.
-    virtual void drawImage(const std::shared_ptr<IMGImage>& node, NSRect rect, int operation, float alpha);
+    virtual void drawImage(const std::shared_ptr<IMGImage>& node, NSRect rect, CompositingOperation operation,
+                           float alpha);
 
     /// Does nothing: see IMGDrawingTarget.
-    void drawImage(IMGImage& node, const TransformAndClipList& transformClip, int operation,
+    void drawImage(IMGImage& node, const TransformAndClipList& transformClip, CompositingOperation operation,
                    float fraction) override;
 
     /// Announces that a bitmap is drawn in about so many seconds.

@@ -236,7 +236,7 @@ void IMGImage::drawInRect(NSRect rect, bool retained) {
     drawInRect(rect, defaultCompositingOperation(), defaultCompositingFraction(), retained);
 }
 
-void IMGImage::drawInRect(NSRect rect, int operation, float fraction, bool retained,
+void IMGImage::drawInRect(NSRect rect, CompositingOperation operation, float fraction, bool retained,
                           IMGDrawingTarget* imageContext) {
     const TransformAndClipList list = listOf(fitTransform(rect));
     if (retained) {
@@ -246,20 +246,20 @@ void IMGImage::drawInRect(NSRect rect, int operation, float fraction, bool retai
     }
 }
 
-void IMGImage::drawWithTransform(const NSAffineTransform& transform, int operation, float fraction,
-                                 IMGDrawingTarget* imageContext) {
+void IMGImage::drawWithTransform(const NSAffineTransform& transform, CompositingOperation operation,
+                                 float fraction, IMGDrawingTarget* imageContext) {
     NSAffineTransform whole = transform;
     whole.prependTransform(this->transform());
     drawImage(nullptr, listOf(whole), operation, fraction, imageContext);
 }
 
 void IMGImage::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                         int operation, float fraction, IMGDrawingTarget* imageContext) {
+                         CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) {
     drawSources(image, list, operation, fraction, imageContext);
 }
 
 void IMGImage::drawSources(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                           int operation, float fraction, IMGDrawingTarget* imageContext,
+                           CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext,
                            const std::function<float(float)>& nextFraction) {
     for (const std::shared_ptr<IMGImage>& source : sources()) {
         guarded([&] {
@@ -271,7 +271,8 @@ void IMGImage::drawSources(const std::shared_ptr<CCImage>& image, const Transfor
 }
 
 void IMGImage::drawRetainedImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                                 int operation, float fraction, IMGDrawingTarget* imageContext) {
+                                 CompositingOperation operation, float fraction,
+                                 IMGDrawingTarget* imageContext) {
     guarded([&] {
         if (image == nullptr && imageContext != nullptr) {
             imageContext->drawImage(*this, list, operation, fraction);
@@ -357,7 +358,9 @@ NSAffineTransform IMGImage::transform() const { return {}; }
 
 std::shared_ptr<CCImage> IMGImage::untransformedImage() { return nullptr; }
 
-int IMGImage::defaultCompositingOperation() const { return Platform::NSCompositeSourceOver; }
+Platform::NSCompositingOperation IMGImage::defaultCompositingOperation() const {
+    return Platform::NSCompositeSourceOver;
+}
 
 float IMGImage::defaultCompositingFraction() const { return 1.0F; }
 

@@ -154,11 +154,11 @@ public:
     /// `retained` false to draw a graph by walking it.
     void drawInRect(NSRect rect);
     void drawInRect(NSRect rect, bool retained);
-    void drawInRect(NSRect rect, int operation, float fraction, bool retained,
+    void drawInRect(NSRect rect, CompositingOperation operation, float fraction, bool retained,
                     IMGDrawingTarget* imageContext = nullptr);
 
     /// Draws by walking the graph, under a transform that acts after the node's own.
-    void drawWithTransform(const NSAffineTransform& transform, int operation, float fraction,
+    void drawWithTransform(const NSAffineTransform& transform, CompositingOperation operation, float fraction,
                            IMGDrawingTarget* imageContext = nullptr);
 
     // Rendering
@@ -212,24 +212,25 @@ public:
     /// The node's rendered result without its transform; null for nodes that render none, as here.
     virtual std::shared_ptr<CCImage> untransformedImage();
 
-    virtual int defaultCompositingOperation() const;
+    virtual Platform::NSCompositingOperation defaultCompositingOperation() const;
     virtual float defaultCompositingFraction() const;
 
     /// Draws every source in order, each with its own transform appended to the list.
     virtual void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                           int operation, float fraction, IMGDrawingTarget* imageContext);
+                           CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext);
 
     /// Draws one rendered picture: `image`, or else this node by the drawing target, or without a target
     /// this node's `untransformedImage`. An exception ends the call silently.
     virtual void drawRetainedImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                                   int operation, float fraction, IMGDrawingTarget* imageContext);
+                                   CompositingOperation operation, float fraction,
+                                   IMGDrawingTarget* imageContext);
 
 protected:
     /// Draws every source in order, each with its own transform appended to the list. What one of them throws
     /// ends that source alone. The first is drawn with the fraction; `nextFraction` makes that of each
     /// further one of the last, and is not asked after a source that threw. Without it all have the same.
-    void drawSources(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                     float fraction, IMGDrawingTarget* imageContext,
+    void drawSources(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                     CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext,
                      const std::function<float(float)>& nextFraction = nullptr);
 
     /// Where a source equal to `source` first stands in this node's list; nullopt when it does not.

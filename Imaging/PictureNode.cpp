@@ -89,7 +89,8 @@ std::optional<IMGBounds> IMGImageFromNSImage::boundsForImage(const IMGImage& ima
 }
 
 void IMGImageFromNSImage::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                                    int operation, float fraction, IMGDrawingTarget* imageContext) {
+                                    CompositingOperation operation, float fraction,
+                                    IMGDrawingTarget* imageContext) {
     drawRetainedImage(image, list, operation, fraction, imageContext);
 }
 

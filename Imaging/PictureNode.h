@@ -52,8 +52,8 @@ public:
                                             const NSAffineTransform& transform) const override;
     using IMGImage::boundsForImage;
 
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     /// A node that reads the file again; null for a node without a file name or whose file is gone.
     std::shared_ptr<IMGImage> copy() const override;

@@ -40,7 +40,8 @@ PixelOperation::PixelOperation(Platform::NSCoder& coder) : IMGImage(coder) {}
 PixelOperation::~PixelOperation() = default;
 
 void PixelOperation::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                               int operation, float fraction, IMGDrawingTarget* imageContext) {
+                               CompositingOperation operation, float fraction,
+                               IMGDrawingTarget* imageContext) {
     IMGImage::drawImage(image != nullptr ? image : untransformedImage(), list, operation, fraction,
                         imageContext);
 }

@@ -36,8 +36,8 @@ public:
 
     /// Draws `image`, or else this node's result, in the place of whatever the source would draw. A node
     /// without a result draws its source.
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     /// Asked about itself, the node answers with the bounds of its source.
     std::optional<IMGBounds> boundsForImage(const IMGImage& image,

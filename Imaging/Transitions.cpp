@@ -44,8 +44,8 @@ IMGDissolveTransitionOp::IMGDissolveTransitionOp(std::shared_ptr<IMGImage> fromI
 IMGDissolveTransitionOp::~IMGDissolveTransitionOp() = default;
 
 void IMGDissolveTransitionOp::drawImage(const std::shared_ptr<CCImage>& image,
-                                        const TransformAndClipList& list, int, float fraction,
-                                        IMGDrawingTarget* imageContext) {
+                                        const TransformAndClipList& list, CompositingOperation,
+                                        float fraction, IMGDrawingTarget* imageContext) {
     drawSources(image, list, Platform::NSCompositePlusLighter, fraction * (1 - m_weight), imageContext,
                 [fraction](float last) { return fraction - last; });
 }
@@ -83,7 +83,7 @@ IMGSpinTransitionOp::transitionWithFromImage(std::shared_ptr<IMGImage> fromImage
 IMGSpinTransitionOp::~IMGSpinTransitionOp() = default;
 
 void IMGSpinTransitionOp::drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                                    int, float fraction, IMGDrawingTarget* imageContext) {
+                                    CompositingOperation, float fraction, IMGDrawingTarget* imageContext) {
     drawSources(image, list, Platform::NSCompositeSourceOver, fraction, imageContext,
                 [layer = fraction * m_weight](float) { return layer; });
 }
@@ -116,8 +116,8 @@ IMGCubeTransitionOp::IMGCubeTransitionOp(std::shared_ptr<IMGImage> fromImage,
 
 IMGCubeTransitionOp::~IMGCubeTransitionOp() = default;
 
-void IMGCubeTransitionOp::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list, int,
-                                    float fraction, IMGDrawingTarget* imageContext) {
+void IMGCubeTransitionOp::drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList& list,
+                                    CompositingOperation, float fraction, IMGDrawingTarget* imageContext) {
     guarded([&] {
         GraphicsContext* const target = imageContext != nullptr ? imageContext->graphicsContext() : nullptr;
         if (target == nullptr) return;

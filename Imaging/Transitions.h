@@ -49,8 +49,8 @@ public:
     /// Draws the sources with the plus-lighter operation, whatever `operation` is: the first one with
     /// fraction · (1 - weight), the second with the rest, and further ones alternate. A source that throws
     /// leaves the next one its share.
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
@@ -85,8 +85,8 @@ public:
     /// Draws the sources with the source-over operation, whatever `operation` is: the first one with the
     /// fraction, every other one with fraction · weight. A source that throws leaves the next one its
     /// fraction.
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;
@@ -112,8 +112,8 @@ public:
 
     /// Asks the drawing target, with the list as it is and the fraction as alpha; `operation` does not
     /// matter. Whatever is thrown is swallowed, and a node with fewer than two sources draws nothing.
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override;
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   CompositingOperation operation, float fraction, IMGDrawingTarget* imageContext) override;
 
     std::shared_ptr<IMGImage> copy() const override;
     std::string archiveClassName() const override;

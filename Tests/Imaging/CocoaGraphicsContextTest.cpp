@@ -333,8 +333,8 @@ TEST(CocoaGraphicsContext, LeavesNoColourClipOrTransformBehind) {
 
 TEST(CocoaGraphicsContext, RestoresTheStateWhenDrawingThrows) {
     struct Thrower : TestNode {
-        void drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList&, int, float,
-                       IMGDrawingTarget*) override {
+        void drawImage(const std::shared_ptr<CCImage>&, const TransformAndClipList&,
+                       Imaging::CompositingOperation, float, IMGDrawingTarget*) override {
             NSGraphicsContext::currentContext()->saveGraphicsState();
             Imaging::Platform::NSRectClip(NSMakeRect(0, 0, 1, 1));
             throwSomething(Thrown::StandardException);
@@ -363,7 +363,8 @@ TEST(CocoaGraphicsContext, HasNoCubeAndNothingToLoadAhead) {
     Canvas canvas(width, height);
     CocoaGraphicsContext target;
     const auto node = pictureNode(distinctPicture(5, 4));
-    target.drawCubeTransition(node, node, NSMakeRect(1, 2, 30, 20), TransformAndClipList(), Imaging::IMGTransitionDirectionLeft, 0.5F, 1);
+    target.drawCubeTransition(node, node, NSMakeRect(1, 2, 30, 20), TransformAndClipList(),
+                              Imaging::IMGTransitionDirectionLeft, 0.5F, 1);
     target.preloadBitmap(nullptr, 2);
     EXPECT_FALSE(canvas.context().hasPainted());
 }

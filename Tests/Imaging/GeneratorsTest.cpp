@@ -41,7 +41,9 @@ public:
         path.fill();
     }
     void fillRect(NSRect, const NSColor&, int) override { ++otherCalls; }
-    void drawImage(IMGImage&, const TransformAndClipList&, int, float) override { ++otherCalls; }
+    void drawImage(IMGImage&, const TransformAndClipList&, Imaging::CompositingOperation, float) override {
+        ++otherCalls;
+    }
     using GraphicsContext::drawImage;
 };
 

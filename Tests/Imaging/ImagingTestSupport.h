@@ -147,7 +147,9 @@ public:
         failIn(Failing::Rendering);
         return rendered;
     }
-    int defaultCompositingOperation() const override { return defaultOperation; }
+    Imaging::Platform::NSCompositingOperation defaultCompositingOperation() const override {
+        return Imaging::Platform::compositingOperation(defaultOperation);
+    }
     float defaultCompositingFraction() const override { return defaultFraction; }
     IMGBounds imageBounds() const override { return extent.has_value() ? *extent : IMGImage::imageBounds(); }
 
@@ -171,8 +173,9 @@ public:
         IMGImage::changed();
     }
 
-    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list, int operation,
-                   float fraction, IMGDrawingTarget* imageContext) override {
+    void drawImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
+                   Imaging::CompositingOperation operation, float fraction,
+                   IMGDrawingTarget* imageContext) override {
         draws.emplace_back(image.get(), this, list, operation, fraction, imageContext);
         if (log != nullptr) log->push_back(name);
         failIn(Failing::Draw);
@@ -180,7 +183,8 @@ public:
     }
 
     void drawRetainedImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                           int operation, float fraction, IMGDrawingTarget* imageContext) override {
+                           Imaging::CompositingOperation operation, float fraction,
+                           IMGDrawingTarget* imageContext) override {
         retainedDraws.emplace_back(image.get(), this, list, operation, fraction, imageContext);
         IMGImage::drawRetainedImage(image, list, operation, fraction, imageContext);
     }
@@ -217,7 +221,8 @@ public:
     std::vector<DrawCall> calls;
     bool fails = false;
 
-    void drawImage(IMGImage& node, const TransformAndClipList& list, int operation, float fraction) override {
+    void drawImage(IMGImage& node, const TransformAndClipList& list, Imaging::CompositingOperation operation,
+                   float fraction) override {
         calls.emplace_back(nullptr, &node, list, operation, fraction, this);
         if (fails) throwSomething(Thrown::Exception);
     }

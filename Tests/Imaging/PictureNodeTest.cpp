@@ -195,7 +195,8 @@ TEST(PictureNode, DrawsTheRetainedWayWithAllArgumentsUnchanged) {
         using IMGImageFromNSImage::IMGImageFromNSImage;
         std::vector<DrawCall> retained;
         void drawRetainedImage(const std::shared_ptr<CCImage>& image, const TransformAndClipList& list,
-                               int operation, float fraction, IMGDrawingTarget* imageContext) override {
+                               Imaging::CompositingOperation operation, float fraction,
+                               IMGDrawingTarget* imageContext) override {
             retained.emplace_back(image.get(), this, list, operation, fraction, imageContext);
         }
     };
