@@ -1,3 +1,5 @@
+// Also tests: Tools/Pictures/FramedNode.cpp
+
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
 #include "Imaging/CropAndScale.h"
