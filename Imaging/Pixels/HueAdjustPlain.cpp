@@ -18,9 +18,10 @@ double hueOf(double r, double g, double b, double largest, double range) {
     return (r - g) / range + 4;
 }
 
-/// Both workers: pixels of three samples, or of four, of which the last one is alpha.
-template<int samples>
+/// Both workers: of pixels of four samples the last one is alpha.
+template<class Pixel>
 void adjustHues(const HueAdjustRecord& record) {
+    constexpr std::size_t samples = Pixel::sampleCount;
     forEachRow(record, [&](std::int64_t row) {
         const std::uint8_t* from = sourceRow(record, row);
         std::uint8_t* to = destinationRow(record, row);
@@ -62,8 +63,8 @@ void adjustHue(double hueShift, const std::uint8_t* source, std::uint8_t* destin
     std::copy_n(turned[static_cast<std::size_t>(sextant)].begin(), 3, destination);
 }
 
-void hue_adjust_rgb(const HueAdjustRecord& record) { adjustHues<3>(record); }
+void hue_adjust_rgb(const HueAdjustRecord& record) { adjustHues<RGBPixel>(record); }
 
-void hue_adjust_rgba(const HueAdjustRecord& record) { adjustHues<4>(record); }
+void hue_adjust_rgba(const HueAdjustRecord& record) { adjustHues<RGBAPixel>(record); }
 
 } // namespace Imaging::Plain

@@ -3,6 +3,7 @@
 // Internal: the hue adjustment one pixel after another, which the vector code must agree with bit for bit.
 // Not installed.
 
+#include "Imaging/Pixels/PixelTypes.h"
 #include "Imaging/Pixels/PixelWorkers.h"
 
 #include <cstdint>

@@ -132,8 +132,9 @@ HWY_INLINE void place(const Block& block, ByteVector largest, ByteVector& r, Byt
 }
 
 /// As many pixels as a vector has bytes.
-template<int samples>
+template<class Pixel>
 HWY_INLINE void adjustBlock(const std::uint8_t* source, DoubleVector shift, std::uint8_t* destination) {
+    constexpr std::size_t samples = Pixel::sampleCount;
     const Bytes d;
     ByteVector r;
     ByteVector g;
@@ -149,31 +150,32 @@ HWY_INLINE void adjustBlock(const std::uint8_t* source, DoubleVector shift, std:
     if constexpr (samples == 4) hn::StoreInterleaved4(r, g, b, a, d, destination);
 }
 
-template<int samples>
+template<class Pixel>
 HWY_INLINE void adjustRow(const std::uint8_t* source, float hueShift, std::size_t width,
                           std::uint8_t* destination) {
+    constexpr std::size_t samples = Pixel::sampleCount;
     const auto shift = hn::Set(Doubles(), double{hueShift});
     const std::size_t pixels = hn::Lanes(Bytes());
     std::size_t x = 0;
     for (; x + pixels <= width; x += pixels) {
-        adjustBlock<samples>(source + x * samples, shift, destination + x * samples);
+        adjustBlock<Pixel>(source + x * samples, shift, destination + x * samples);
     }
     if (x == width) return;
     // What is left over goes through a block of its own, so that nothing beyond the row is touched.
     std::array<std::uint8_t, samples * mostPixels> rest{};
     std::copy_n(source + x * samples, (width - x) * samples, rest.begin());
-    adjustBlock<samples>(rest.data(), shift, rest.data());
+    adjustBlock<Pixel>(rest.data(), shift, rest.data());
     std::copy_n(rest.begin(), (width - x) * samples, destination + x * samples);
 }
 
 HWY_ATTR void adjustRowRGB(const std::uint8_t* source, float hueShift, std::size_t width,
                            std::uint8_t* destination) {
-    adjustRow<3>(source, hueShift, width, destination);
+    adjustRow<RGBPixel>(source, hueShift, width, destination);
 }
 
 HWY_ATTR void adjustRowRGBA(const std::uint8_t* source, float hueShift, std::size_t width,
                             std::uint8_t* destination) {
-    adjustRow<4>(source, hueShift, width, destination);
+    adjustRow<RGBAPixel>(source, hueShift, width, destination);
 }
 
 } // namespace
