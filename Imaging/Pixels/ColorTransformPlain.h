@@ -9,7 +9,8 @@
 
 namespace Imaging {
 
-/// One thread's share of a colour transform of RGB pixels.
+/// One thread's share of a colour transform of RGB pixels. Any multiplier will do: negative, without end or
+/// not a number.
 struct ColorTransformRecord : PixelRecord {
     float redMultiplier = 0;
     float greenMultiplier = 0;

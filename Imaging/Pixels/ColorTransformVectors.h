@@ -21,7 +21,8 @@ struct WholeMultipliers {
 /// Of three multipliers at random that is so for one triple in ten thousand.
 std::optional<WholeMultipliers> wholeMultipliers(const ColorTransformRecord& record);
 
-/// What the function of that name in `Plain` does, with vector code for this machine.
+/// What the function of that name in `Plain` does, with vector code for this machine: by whole multipliers
+/// where there are some, by floats where there are none.
 void color_transform(const ColorTransformRecord& record);
 
 } // namespace Imaging

@@ -10,11 +10,12 @@
 
 namespace Imaging {
 
-/// One thread's share of a two-dimensional pass.
+/// One thread's share of a two-dimensional pass. The taps stand row after row and are not owned; the divisor
+/// is not 0.
 struct Convolve2Record : PixelRecord {
     const std::int32_t* taps = nullptr;
-    std::int32_t kernelWidth = 0; ///< in taps
-    std::int32_t kernelHeight = 0;
+    std::int32_t kernelWidth = 0;  ///< in taps
+    std::int32_t kernelHeight = 0; ///< 0 makes every sample that is computed 0
     std::int32_t divisor = 1;
 };
 

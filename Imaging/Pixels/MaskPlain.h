@@ -13,8 +13,8 @@ namespace Imaging {
 
 /// One thread's share of a masking. The mask has the size of the bitmaps and one byte a pixel.
 struct MaskRecord : PixelRecord {
-    const std::uint8_t* mask = nullptr;
-    std::uint32_t maskBytesPerRow = 0;
+    const std::uint8_t* mask = nullptr; ///< its top row; not owned, like the bitmaps
+    std::uint32_t maskBytesPerRow = 0;  ///< padding included
 };
 
 /// Where a row of the mask begins.

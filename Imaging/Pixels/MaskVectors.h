@@ -6,7 +6,7 @@
 
 namespace Imaging {
 
-/// What the function of that name in `Plain` does, with vector code for this machine.
+/// What the function of that name in `Plain` does, with vector code for this machine. For the same pixels.
 template<class Pixel>
 void mask_worker(const MaskRecord& record);
 
