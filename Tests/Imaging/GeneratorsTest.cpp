@@ -40,7 +40,7 @@ public:
         color.set();
         path.fill();
     }
-    void fillRect(NSRect, const NSColor&, int) override { ++otherCalls; }
+    void fillRect(NSRect, const NSColor&, Imaging::CompositingOperation) override { ++otherCalls; }
     void drawImage(IMGImage&, const TransformAndClipList&, Imaging::CompositingOperation, float) override {
         ++otherCalls;
     }
