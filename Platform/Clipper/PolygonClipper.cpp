@@ -1,3 +1,7 @@
+// Operands are cut to what they have in common, laid on a grid and clipped there by libpolyclipping;
+// rectangles and convex shapes are cut against each other without it. What went in comes out as it was
+// wherever it can.
+
 #include "Platform/Clipper/PolygonClipper.h"
 
 #include "Platform/Clipper/Contours/ContourCutting.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Clipper/Polygon.h"
 #include "Platform/Foundation/Export.h"
 
 /// Polygons of several contours, and what two of them have in common, under the names and with the plain
@@ -10,26 +11,17 @@
 /// other, run either way round and hold one another; the last vertex of a contour is joined to the first,
 /// whether or not it repeats it. All functions are pure but for their arguments and may be called on any
 /// thread.
+///
+/// Example:
+/// @code
+/// gpc_vertex corners[] = {{1, 1}, {5, 1}, {5, 5}, {1, 5}};
+/// const gpc_vertex_list square{4, corners};
+/// gpc_owned_polygon subject;
+/// gpc_add_contour(&subject, &square, 0);
+/// gpc_owned_polygon common;
+/// gpc_polygon_clip(GPC_INT, &subject, &subject, &common);
+/// @endcode
 namespace Imaging::Platform {
-
-struct gpc_vertex {
-    double x;
-    double y;
-};
-
-/// One contour.
-struct gpc_vertex_list {
-    int num_vertices;   ///< not negative
-    gpc_vertex* vertex; ///< so many, from std::malloc; may be null where there are none
-};
-
-/// A polygon. Its arrays come from std::malloc and belong to it; copying the record copies no vertices. An
-/// empty one is all zero, which `gpc_polygon polygon{}` makes. `gpc_free_polygon` ends it.
-struct gpc_polygon {
-    int num_contours;
-    int* hole; ///< one for each contour, other than 0 for holes; told by results, not asked of operands
-    gpc_vertex_list* contour;
-};
 
 enum gpc_op {
     GPC_DIFF,  ///< inside the subject and outside the clip

@@ -1,3 +1,5 @@
+// Products of 32-bit floats are exact in double precision, so every entry is rounded only once, at the end.
+
 #include "Platform/Foundation/AffineTransform.h"
 
 #include "Platform/Foundation/Exception.h"

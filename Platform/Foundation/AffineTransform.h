@@ -23,6 +23,13 @@ struct NSAffineTransformStruct {
 /// sums are formed in double precision and each entry is rounded once to a 32-bit float.
 ///
 /// A plain value: copy it, share it through a pointer where sharing is wanted. No call locks anything.
+///
+/// Example:
+/// @code
+/// NSAffineTransform turn;
+/// turn.rotateByDegrees(30);
+/// if (turn.isInvertible()) turn.invert();
+/// @endcode
 class IMAGING_EXPORT NSAffineTransform {
 public:
     NSAffineTransform() = default;

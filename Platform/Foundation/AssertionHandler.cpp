@@ -1,3 +1,5 @@
+// One handler for the process, copied under a lock and called outside of it.
+
 #include "Platform/Foundation/AssertionHandler.h"
 
 #include "Platform/Foundation/Exception.h"

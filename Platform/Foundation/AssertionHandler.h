@@ -6,6 +6,12 @@
 #include <string>
 
 /// What happens when a parameter or a state is not as it must be: a mistake in the program, not bad input.
+///
+/// Example:
+/// @code
+/// const int width = 3;
+/// if (width < 1) parameterAssertionFailed("width >= 1", __FILE__, __LINE__);
+/// @endcode
 namespace Imaging::Platform {
 
 /// Decides what a failed assertion does. There is one handler for the whole process; a program may put its

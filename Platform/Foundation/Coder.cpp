@@ -1,3 +1,6 @@
+// A coder that can do nothing: both kinds of coders replace the half that is theirs. Beside it the list of
+// classes that can be decoded.
+
 #include "Platform/Foundation/Coder.h"
 
 #include "Platform/Foundation/Archive/KeyedArchiveFormat.h"

@@ -18,9 +18,25 @@
 /// An object writes its parts under keys in `encodeWithCoder` and reads them back in a constructor that
 /// takes an NSCoder; its class is made known once with an `NSArchivableClass`. An object that several others
 /// refer to is written once and comes back as one object.
+///
+/// Example:
+/// @code
+/// struct Note : NSCoding {
+///     explicit Note(NSCoder& coder) : text(coder.decodeString("text").value_or("")) {}
+///     std::string archiveClassName() const override { return "Note"; }
+///     void encodeWithCoder(NSCoder& coder) const override { coder.encodeString(text, "text"); }
+///     std::string text;
+/// };
+/// const NSArchivableClass<Note> registration("Note");
+/// @endcode
 namespace Imaging::Platform {
 
 class NSCoder;
+
+/// Objects may nest at most `maximumArchiveDepth` deep; deeper graphs throw on encoding and on decoding. Each
+/// level takes room on the calling thread's stack, mostly for the decoding constructors of the program; when
+/// less than 256 KiB (or a quarter of a smaller stack) of it is left, fewer levels throw in the same way.
+inline constexpr int maximumArchiveDepth = 2000;
 
 /// Base of everything that can stand in an archive as an object.
 class IMAGING_EXPORT NSCoding {
@@ -128,6 +144,10 @@ IMAGING_EXPORT void registerArchivableClass(std::string_view name,
 
 /// The names of all classes that are registered at this time, in ascending order. Safe on every thread.
 IMAGING_EXPORT std::vector<std::string> archivableClassNames();
+
+/// The function that decodes objects of a class, for unarchivers; null when no class of that name is
+/// registered. Not part of the library's interface. Safe on every thread.
+std::function<std::shared_ptr<NSCoding>(NSCoder&)> archivableClassNamed(std::string_view name);
 
 /// `static const NSArchivableClass<MyNode> registration("MyNode");` for a class with a constructor
 /// `MyNode(NSCoder&)`.

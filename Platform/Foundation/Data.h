@@ -21,6 +21,13 @@ using ByteView = std::span<const std::uint8_t>;
 
 /// A file read at most up to `maximumBytes`. Directories, missing and unreadable files, and files that are
 /// longer give nullopt and the reason. Special files are read until they end or the limit is reached.
+///
+/// Example:
+/// @code
+/// NSError error;
+/// const auto bytes = dataWithContentsOfFile("note.txt", 1'000'000, &error);
+/// if (!bytes.has_value()) error.message = "note.txt: " + error.message;
+/// @endcode
 IMAGING_EXPORT std::optional<NSData>
 dataWithContentsOfFile(const std::string& path, std::uint64_t maximumBytes, NSError* error = nullptr);
 

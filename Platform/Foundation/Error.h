@@ -22,6 +22,13 @@ enum class NSErrorCode {
 /// argument, null by default; it is written only on failure. The message is one line without a full stop
 /// that says what is wrong and, where something can be done, what to do; it does not repeat the name of the
 /// file or URL, which the caller knows.
+///
+/// Example:
+/// @code
+/// NSError error;
+/// setError(&error, NSErrorCode::TooLarge, "it holds more than the limit of 100 bytes");
+/// if (error.code == NSErrorCode::TooLarge) error.message += "; raise the limit";
+/// @endcode
 struct NSError {
     NSErrorCode code = NSErrorCode::None;
     std::string message;

@@ -1,3 +1,5 @@
+// Exceptions carry a name and a reason; both stand in what().
+
 #include "Platform/Foundation/Exception.h"
 
 namespace Imaging::Platform {

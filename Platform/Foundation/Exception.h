@@ -20,6 +20,16 @@ inline constexpr std::string_view NSGraphicsException = "NSGraphicsException";
 inline constexpr std::string_view NSResourceException = "NSResourceException";
 
 /// What the library throws: a name to tell the kinds apart by, and a reason in words for people.
+///
+/// Example:
+/// @code
+/// std::string reason;
+/// try {
+///     throw NSException(NSRangeException, "pixel outside the bitmap");
+/// } catch (const NSException& failure) {
+///     reason = failure.reason();
+/// }
+/// @endcode
 class IMAGING_EXPORT NSException : public std::exception {
 public:
     NSException(std::string_view name, std::string_view reason);

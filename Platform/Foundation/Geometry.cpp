@@ -1,3 +1,5 @@
+// Rectangles by their edges. Comparisons are written so that what is not a number fails them.
+
 #include "Platform/Foundation/Geometry.h"
 
 #include <algorithm>

@@ -9,6 +9,13 @@
 /// Units are points of whatever space the caller works in; x grows to the right, y grows upward, and a
 /// rectangle's origin is its lower left corner. All functions are pure and may be called on any thread.
 /// Results are computed in 32-bit floats. Comparisons are exact; a value that is not a number equals nothing.
+///
+/// Example:
+/// @code
+/// const NSRect page = NSMakeRect(0, 0, 210, 297);
+/// const NSRect inside = NSInsetRect(page, 20, 20);
+/// const std::string text = NSStringFromRect(inside); // {{20, 20}, {170, 257}}
+/// @endcode
 namespace Imaging::Platform {
 
 struct NSPoint {

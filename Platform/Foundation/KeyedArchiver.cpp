@@ -1,7 +1,11 @@
+// Objects become entries of one list and are known again by their addresses; equal texts and data are
+// written once. What would not be decodable is refused before it is written.
+
 #include "Platform/Foundation/KeyedArchiver.h"
 
+#include "Platform/Foundation/Archive/BinaryPropertyListGuard.h"
 #include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
-#include "Platform/Foundation/Archive/PropertyListGuard.h"
+#include "Platform/Foundation/Archive/XMLPropertyListGuard.h"
 
 #include <algorithm>
 #include <map>
@@ -63,7 +67,7 @@ private:
     std::unordered_map<std::string, EntryNumber> m_strings;
     std::unordered_multimap<std::size_t, EntryNumber> m_data; ///< by hash
     std::map<std::string, EntryNumber> m_classes;
-    NestingGuard m_nesting;
+    NestingGuard m_nesting{maximumArchiveDepth};
     std::uint64_t m_size = 0;
     std::uint64_t m_decoded_bytes = 0;
 };

@@ -1,6 +1,11 @@
+// Data goes past the guard, then to the parser; from then on every reference is checked when it is followed,
+// and every object is made once.
+
+#include "Platform/Foundation/KeyedUnarchiver.h"
+
+#include "Platform/Foundation/Archive/BinaryPropertyListGuard.h"
 #include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
-#include "Platform/Foundation/Archive/PropertyListGuard.h"
-#include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/Archive/XMLPropertyListGuard.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -86,7 +91,7 @@ private:
     plist_t m_root;
     std::uint64_t m_bytes_left;
     std::vector<Entry> m_entries;
-    NestingGuard m_nesting;
+    NestingGuard m_nesting{maximumArchiveDepth};
 };
 
 /// Reads the parts of one object from its dictionary.

@@ -1,3 +1,5 @@
+// Looks texts up with gettext, in the domain that is set; a key without an entry is its own text.
+
 #include "Platform/Foundation/LocalizedString.h"
 
 #include "Platform/Foundation/Exception.h"

@@ -5,6 +5,11 @@
 #include <string>
 
 /// Texts in the language of whoever uses the program, from gettext message catalogues.
+///
+/// Example:
+/// @code
+/// const std::string title = localizedStringForKey("open-title", "Open a picture");
+/// @endcode
 namespace Imaging::Platform {
 
 /// The text for a key in the language that the program chose with `setlocale` (and the variable LANGUAGE),

@@ -1,3 +1,5 @@
+// A line is put together first and then handed over whole, so that threads do not mix theirs.
+
 #include "Platform/Foundation/Log.h"
 
 #include <cstdarg>

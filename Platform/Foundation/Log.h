@@ -6,6 +6,11 @@
 #include <string>
 
 /// Messages for whoever runs the program: things that went wrong without anybody to report them to.
+///
+/// Example:
+/// @code
+/// NSLog("%d pictures were left out", 3);
+/// @endcode
 namespace Imaging::Platform {
 
 /// Formats like printf and hands the message to the sink, by default as one line on standard error. Line

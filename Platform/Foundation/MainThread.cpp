@@ -1,3 +1,6 @@
+// A queue of numbered units and a descriptor that is readable while there are any, which is all that a
+// program's own event loop has to know.
+
 #include "Platform/Foundation/MainThread.h"
 
 #include "Platform/Foundation/Exception.h"

@@ -11,6 +11,13 @@
 /// Threads: every function may be called on every thread, but `performPending` only on the main one. One
 /// internal lock guards the queue; it is never held while a unit, the wake-up callback or a destructor of
 /// either runs, so all of these may call back into here. Units run in the order in which they were queued.
+///
+/// Example:
+/// @code
+/// setMainThread();
+/// performOnMainThread([] { /* show the next picture */ });
+/// performPending(); // from the application's own loop
+/// @endcode
 namespace Imaging::Platform {
 
 /// Queues a unit for the main thread. With `waitUntilDone` the call returns when the unit has run and is

@@ -1,3 +1,5 @@
+// Looks for a file in one folder after another, the most specific one first.
+
 #include "Platform/Foundation/Resources.h"
 
 #include "Platform/Foundation/Exception.h"

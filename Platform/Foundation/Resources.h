@@ -14,6 +14,12 @@
 /// that the library was built from, for programs that run before anything is installed.
 ///
 /// Everything here is safe on every thread, as long as none changes the environment.
+///
+/// Example:
+/// @code
+/// setResourceFolder("/opt/frames");
+/// const std::vector<std::string> folders = resourceFolders(); // begins with /opt/frames
+/// @endcode
 namespace Imaging::Platform {
 
 /// A folder to look in first; empty for none. What was read already stays as it is.

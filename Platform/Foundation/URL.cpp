@@ -1,3 +1,5 @@
+// Splits the text as RFC 3986 has it, as far as files and the web need it.
+
 #include "Platform/Foundation/URL.h"
 
 #include <algorithm>

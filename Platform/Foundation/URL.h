@@ -9,6 +9,12 @@
 namespace Imaging::Platform {
 
 /// An absolute URL. A value; safe on every thread.
+///
+/// Example:
+/// @code
+/// const NSURL url = NSURL::fileURLWithPath("/tmp/a picture.png");
+/// const std::string text = url.absoluteString(); // file:///tmp/a%20picture.png
+/// @endcode
 class IMAGING_EXPORT NSURL {
 public:
     /// A URL from its text, or nullopt when the text has no scheme or cannot be one.

@@ -1,3 +1,6 @@
+// Transfers run on libcurl in the calling thread, which follows redirects to the web alone; files are read
+// directly.
+
 #include "Platform/Foundation/URLLoading.h"
 
 #include "Platform/Foundation/Exception.h"

@@ -19,6 +19,13 @@ struct URLLimits {
 };
 
 /// The limits for the whole process. Safe on every thread; a transfer keeps those that it began with.
+///
+/// Example:
+/// @code
+/// URLLimits limits = urlLimits();
+/// limits.totalTimeout = std::chrono::seconds(20);
+/// setURLLimits(limits);
+/// @endcode
 IMAGING_EXPORT URLLimits urlLimits();
 IMAGING_EXPORT void setURLLimits(const URLLimits& limits);
 

@@ -1,3 +1,6 @@
+// Plain geometry in doubles. Contours are cut at one side of a box after the other (I. Sutherland and G.
+// Hodgman, 1974), and what runs outside is replaced by the side.
+
 #include "Platform/Clipper/Contours/ContourCutting.h"
 
 #include <algorithm>

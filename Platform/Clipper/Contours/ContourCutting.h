@@ -2,7 +2,7 @@
 
 // Internal: contours and boxes along the axes, in doubles. Not installed.
 
-#include "Platform/Clipper/PolygonClipper.h"
+#include "Platform/Clipper/Polygon.h"
 
 #include <optional>
 #include <vector>

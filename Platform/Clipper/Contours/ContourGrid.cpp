@@ -1,3 +1,6 @@
+// Doubles become whole numbers of steps and come back. Vertices that rounding moved are kept in a sorted
+// list, in which the way back looks them up.
+
 #include "Platform/Clipper/Contours/ContourGrid.h"
 
 #include <algorithm>

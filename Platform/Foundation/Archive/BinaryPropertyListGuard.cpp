@@ -1,5 +1,9 @@
+// Walks over a binary property list as its parser will, but with a list of its own in place of recursion,
+// and adds up what the parser would make.
+
+#include "Platform/Foundation/Archive/BinaryPropertyListGuard.h"
+
 #include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
-#include "Platform/Foundation/Archive/PropertyListGuard.h"
 
 #include <algorithm>
 #include <string_view>

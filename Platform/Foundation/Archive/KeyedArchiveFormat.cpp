@@ -1,6 +1,9 @@
+// Values as text and bytes whatever the locale, and the look at the stack that keeps recursion from ending
+// the program.
+
 #include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
 
-#include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Foundation/Exception.h"
 
 #include <algorithm>
 #include <array>
@@ -99,7 +102,7 @@ ScopedCLocale::ScopedCLocale() : m_previous(uselocale(cLocale())) {}
 
 ScopedCLocale::~ScopedCLocale() { uselocale(m_previous); }
 
-NestingGuard::NestingGuard() {
+NestingGuard::NestingGuard(int deepest) : m_deepest(deepest) {
     // Enough for whatever one object's own decoding does at the deepest level.
     constexpr std::uintptr_t reserve = 262'144;
     pthread_attr_t attributes;
@@ -116,7 +119,7 @@ NestingGuard::NestingGuard() {
 }
 
 bool NestingGuard::enter() {
-    if (m_depth >= maximumArchiveDepth) return false;
+    if (m_depth >= m_deepest) return false;
     if (reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)) < m_lowest_address) return false;
     ++m_depth;
     return true;

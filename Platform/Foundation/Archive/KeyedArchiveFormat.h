@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Platform/Foundation/Coder.h"
+#include "Platform/Foundation/AffineTransform.h"
+#include "Platform/Foundation/Geometry.h"
 
 #include <cstdint>
-#include <functional>
 #include <locale.h>
 #include <memory>
 #include <optional>
@@ -52,13 +52,15 @@ private:
 /// Recursion over objects: counts how deep it is and looks at the room that is left on the thread's stack.
 class NestingGuard {
 public:
-    NestingGuard();
+    /// Allows so many levels.
+    explicit NestingGuard(int deepest);
 
     /// False when another level would be one too many. Levels are left with `leave`.
     bool enter();
     void leave() { --m_depth; }
 
 private:
+    int m_deepest;
     int m_depth = 0;
     std::uintptr_t m_lowest_address = 0; ///< 0 where the stack's extent is not known
 };
@@ -93,8 +95,5 @@ std::string bytesFromTransform(const NSAffineTransform& transform);
 
 /// The other way; nullopt unless there are exactly 24 bytes.
 std::optional<NSAffineTransform> transformFromBytes(std::string_view bytes);
-
-/// The function that decodes objects of a class, or null when no class of that name is registered.
-std::function<std::shared_ptr<NSCoding>(NSCoder&)> archivableClassNamed(std::string_view name);
 
 } // namespace Imaging::Platform

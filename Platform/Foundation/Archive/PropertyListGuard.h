@@ -1,13 +1,12 @@
 #pragma once
 
-#include "Platform/Foundation/Data.h"
-
+#include <cstddef>
 #include <cstdint>
 
 /// A look at a property list before the library that parses it sees it, not part of the library's
 /// interface. That parser calls itself for every level of nesting, makes a copy of whatever a binary
 /// property list refers to more than once, and takes quadratic time over some text; so data that was made
-/// to hurt is turned away here. None of these functions recurses, and their time and memory stay in
+/// to hurt is turned away first. None of the functions that do so recurses, and their time and memory stay in
 /// proportion to the data's length.
 namespace Imaging::Platform {
 
@@ -30,17 +29,5 @@ constexpr std::uint64_t maximumPropertyListBytes(std::uint64_t length) { return 
 constexpr std::uint64_t maximumPropertyListMoves(std::uint64_t length) {
     return 4096 * length + (4ULL << 30);
 }
-
-/// True when the data begins like a binary property list of version 00.
-bool looksLikeBinaryPropertyList(ByteView data);
-
-/// True when the data begins like a property list in XML: after a byte order mark, spaces, comments and
-/// processing instructions comes the document type "plist" or the element of that name.
-bool looksLikeXMLPropertyList(ByteView data);
-
-/// Throw an NSException (NSInvalidUnarchiveOperationException) when the data is damaged or beyond the
-/// limits above. What passes may still be refused by the parser.
-void checkBinaryPropertyList(ByteView data);
-void checkXMLPropertyList(ByteView data);
 
 } // namespace Imaging::Platform

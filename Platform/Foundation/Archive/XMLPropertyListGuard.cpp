@@ -1,5 +1,9 @@
+// Follows the tags of a property list in XML in one pass over its bytes, and counts depth, keys and what
+// character references will cost.
+
+#include "Platform/Foundation/Archive/XMLPropertyListGuard.h"
+
 #include "Platform/Foundation/Archive/KeyedArchiveFormat.h"
-#include "Platform/Foundation/Archive/PropertyListGuard.h"
 
 #include <algorithm>
 #include <array>

@@ -1,3 +1,5 @@
+// Also tests: Platform/Clipper/Contours/ContourGrid.cpp
+
 #include "Platform/Clipper/PolygonClipper.h"
 
 #include "Tests/Platform/Clipper/PolygonOracle.h"

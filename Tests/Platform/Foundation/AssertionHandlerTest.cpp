@@ -1,3 +1,5 @@
+// Also tests: Platform/Foundation/Exception.cpp
+
 #include "Platform/Foundation/AssertionHandler.h"
 
 #include "Platform/Foundation/Exception.h"

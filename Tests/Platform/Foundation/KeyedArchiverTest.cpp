@@ -1,3 +1,6 @@
+// Also tests: Platform/Foundation/Coder.cpp
+// Also tests: Platform/Foundation/Archive/KeyedArchiveFormat.cpp
+
 #include "Platform/Foundation/KeyedArchiver.h"
 
 #include "Tests/Platform/Foundation/Archive/ArchiveFixtures.h"

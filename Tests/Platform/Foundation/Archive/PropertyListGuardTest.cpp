@@ -1,4 +1,8 @@
-#include "Platform/Foundation/Archive/PropertyListGuard.h"
+// Also tests: Platform/Foundation/Archive/BinaryPropertyListGuard.cpp
+// Also tests: Platform/Foundation/Archive/XMLPropertyListGuard.cpp
+
+#include "Platform/Foundation/Archive/BinaryPropertyListGuard.h"
+#include "Platform/Foundation/Archive/XMLPropertyListGuard.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Tests/Platform/Foundation/Archive/ArchiveFixtures.h"
