@@ -1,3 +1,6 @@
+// Small buffers come from the heap. Large ones are mapped so that they begin and end on huge pages, and are
+// kept for the next one when they are freed.
+
 #include "Platform/Pixels/PixelBuffer.h"
 
 #include "Platform/Pixels/Memory/SpareMemory.h"

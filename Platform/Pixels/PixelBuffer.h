@@ -16,6 +16,12 @@ IMAGING_EXPORT std::optional<std::uint64_t> checkedProduct(std::initializer_list
 
 /// Memory for pixels: owned, movable, never copied by accident, never resized. From 4 MiB on it lies on huge
 /// pages where the system grants them, since taking fresh small pages costs more than filling them.
+///
+/// Example:
+/// @code
+/// PixelBuffer pixels;
+/// if (const auto size = checkedProduct({640, 480, 4})) pixels = PixelBuffer::zeroed(*size);
+/// @endcode
 class IMAGING_EXPORT PixelBuffer {
 public:
     PixelBuffer() = default;

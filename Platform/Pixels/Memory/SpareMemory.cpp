@@ -1,3 +1,6 @@
+// A short list of mappings under a lock, the latest one last. The system may take their pages back
+// meanwhile, so nothing is lost by keeping them.
+
 #include "Platform/Pixels/Memory/SpareMemory.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Conversions are made by lcms2, with the settings under which it computes exactly rather than from coarse
+// tables.
+
 #include "Platform/Pixels/Rows/ColorConversion.h"
 
 #include <lcms2.h>

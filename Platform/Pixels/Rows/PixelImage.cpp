@@ -1,3 +1,5 @@
+// Words in a buffer, and their halves: two rows become one, two columns become one, or both.
+
 #include "Platform/Pixels/Rows/PixelImage.h"
 
 #include "Platform/Foundation/Exception.h"

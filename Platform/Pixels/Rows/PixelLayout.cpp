@@ -1,3 +1,6 @@
+// Rows of any layout by way of plain RGBA, sample after sample. Layouts that are common are done by the
+// vector routines, which give the same bytes.
+
 #include "Platform/Pixels/Rows/PixelLayout.h"
 
 #include "Platform/Pixels/Rows/PixelRows.h"

@@ -3,6 +3,8 @@
 // Internal: how the samples of a bitmap lie in memory, and rows of any layout read and written as plain
 // RGBA. Not installed.
 
+#include "Platform/Pixels/Rows/SampleDivision.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -77,13 +79,5 @@ PixelPlanes<Byte> columnsOf(const PixelPlanes<Byte>& pixels, std::size_t first, 
 /// Premultiplied RGBA of 8 bits to and from such words.
 void packWords(const std::uint8_t* rgba, std::uint32_t* words, std::size_t count);
 void unpackWords(const std::uint32_t* words, std::uint8_t* rgba, std::size_t count);
-
-/// product / 255 and product / 65535, rounded to nearest.
-constexpr std::uint32_t dividedByMaximum(std::uint32_t product, std::uint8_t) {
-    return (product + 127) / 255;
-}
-constexpr std::uint32_t dividedByMaximum(std::uint32_t product, std::uint16_t) {
-    return static_cast<std::uint32_t>((std::uint64_t{product} + 32767) / 65535);
-}
 
 } // namespace Imaging::Platform

@@ -1,4 +1,9 @@
+// The routines in vector code, compiled once for each instruction set; the best one that the processor has
+// is chosen at the first call. What is left of a row is done by the plain code.
+
 #include "Platform/Pixels/Rows/PixelRows.h"
+
+#include "Platform/Pixels/Rows/PlainPixelRows.h"
 
 #include <bit>
 

@@ -1,5 +1,8 @@
-#include "Platform/Pixels/Rows/PixelLayout.h"
-#include "Platform/Pixels/Rows/PixelRows.h"
+// The routines pixel after pixel: what the vector code is compared with, and what finishes its rows.
+
+#include "Platform/Pixels/Rows/PlainPixelRows.h"
+
+#include "Platform/Pixels/Rows/SampleDivision.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,6 @@
+// Each loop stands here twice, in vectors for every instruction set and in plain numbers, and gives the same
+// bits.
+
 #include "Platform/Pixels/Rows/SampleMixing.h"
 
 #include <algorithm>

@@ -1,4 +1,5 @@
 // From a bitmap's profile to sRGB, against the colorimetry that the profiles state.
+// Also tests: Platform/Graphics/Pictures/BitmapRows.cpp
 
 #include "Platform/Pixels/Rows/ColorConversion.h"
 

@@ -1,3 +1,5 @@
+// Also tests: Platform/Pixels/Memory/SpareMemory.cpp
+
 #include "Platform/Pixels/PixelBuffer.h"
 #include "Platform/Pixels/Memory/SpareMemory.h"
 

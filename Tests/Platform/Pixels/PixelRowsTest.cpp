@@ -1,5 +1,8 @@
+// Also tests: Platform/Pixels/Rows/PlainPixelRows.cpp
+
 #include "Platform/Pixels/Rows/PixelRows.h"
 
+#include "Platform/Pixels/Rows/PlainPixelRows.h"
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>
