@@ -1,3 +1,5 @@
+// One appearance for the process, copied under a lock.
+
 #include "Platform/Graphics/Appearance.h"
 
 #include <mutex>

@@ -8,6 +8,13 @@
 namespace Imaging::Platform {
 
 /// How decorations and named things look: the one place where an application changes them, before it draws.
+///
+/// Example:
+/// @code
+/// Appearance changed = appearance();
+/// changed.systemFontFamily = "DejaVu Sans";
+/// setAppearance(changed);
+/// @endcode
 struct Appearance {
     NSColor darkGray = NSColor::colorWithCalibratedWhite(1.0F / 3, 1);
     NSColor lightGray = NSColor::colorWithCalibratedWhite(2.0F / 3, 1);

@@ -1,8 +1,10 @@
+// Paths are lists of elements. Bounds come from the zeros of a curve's derivative; whether a point lies
+// inside Cairo tells.
+
 #include "Platform/Graphics/BezierPath.h"
 
 #include "Platform/Foundation/Exception.h"
-#include "Platform/Graphics/Cairo/CairoSupport.h"
-#include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/Cairo/CairoPaths.h"
 
 #include <algorithm>
 #include <cmath>
@@ -125,7 +127,7 @@ void NSBezierPath::appendBezierPathWithRect(NSRect rect) {
 
 void NSBezierPath::appendBezierPath(const NSBezierPath& path) {
     if (path.isEmpty()) return;
-    const std::vector<Element> added = path.m_elements;
+    const std::vector<PathElement> added = path.m_elements;
     m_elements.insert(m_elements.end(), added.begin(), added.end());
     m_subpath_start = path.m_subpath_start;
 }
@@ -137,14 +139,14 @@ void NSBezierPath::removeAllPoints() {
 
 NSBezierPathElement NSBezierPath::elementAtIndex(std::size_t index, std::array<NSPoint, 3>* points) const {
     if (index >= m_elements.size()) throw NSException(NSRangeException, "path element index out of range");
-    const Element& element = m_elements[index];
+    const PathElement& element = m_elements[index];
     if (points != nullptr) *points = element.points;
     return element.kind;
 }
 
 std::optional<NSPoint> NSBezierPath::currentPoint() const {
     if (m_elements.empty()) return std::nullopt;
-    const Element& last = m_elements.back();
+    const PathElement& last = m_elements.back();
     return last.points[last.kind == NSBezierPathElement::CurveTo ? 2 : 0];
 }
 
@@ -152,7 +154,7 @@ NSRect NSBezierPath::controlPointBounds() const {
     if (m_elements.empty()) return NSZeroRect;
     NSPoint low = m_elements.front().points[0];
     NSPoint high = low;
-    for (const Element& element : m_elements) {
+    for (const PathElement& element : m_elements) {
         const std::size_t count = element.kind == NSBezierPathElement::CurveTo ? 3 : 1;
         for (std::size_t i = 0; i < count; ++i) {
             const NSPoint p = element.points[i];
@@ -168,7 +170,7 @@ NSRect NSBezierPath::bounds() const {
     Extent x;
     Extent y;
     NSPoint from = m_elements.front().points[0];
-    for (const Element& element : m_elements) {
+    for (const PathElement& element : m_elements) {
         const std::array<NSPoint, 3>& p = element.points;
         if (element.kind == NSBezierPathElement::CurveTo) {
             x.includeCurve(from.x, p[0].x, p[1].x, p[2].x);
@@ -184,7 +186,7 @@ NSRect NSBezierPath::bounds() const {
 }
 
 void NSBezierPath::transformUsingAffineTransform(const NSAffineTransform& transform) {
-    for (Element& element : m_elements) {
+    for (PathElement& element : m_elements) {
         for (NSPoint& point : element.points) point = transform.transformPoint(point);
     }
     m_subpath_start = transform.transformPoint(m_subpath_start);
@@ -204,20 +206,8 @@ bool NSBezierPath::containsPoint(NSPoint point) const {
     cairo_scale(measure.get(), side / box.size.width, side / box.size.height);
     cairo_translate(measure.get(), -box.origin.x, -box.origin.y);
     setFillRule(measure.get(), m_winding_rule);
-    appendPath(measure.get(), *this);
+    appendPath(measure.get(), m_elements);
     return cairo_in_fill(measure.get(), point.x, point.y) != 0;
-}
-
-void NSBezierPath::fill() const {
-    if (const auto context = NSGraphicsContext::currentContext()) context->fillPath(*this);
-}
-
-void NSBezierPath::stroke() const {
-    if (const auto context = NSGraphicsContext::currentContext()) context->strokePath(*this);
-}
-
-void NSBezierPath::addClip() const {
-    if (const auto context = NSGraphicsContext::currentContext()) context->addClip(*this);
 }
 
 } // namespace Imaging::Platform

@@ -3,6 +3,7 @@
 #include "Platform/Foundation/AffineTransform.h"
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
+#include "Platform/Graphics/PathElement.h"
 
 #include <array>
 #include <cstddef>
@@ -11,15 +12,24 @@
 
 namespace Imaging::Platform {
 
-enum class NSBezierPathElement { MoveTo = 0, LineTo = 1, CurveTo = 2, ClosePath = 3 };
-enum class NSWindingRule { NonZero = 0, EvenOdd = 1 };
 enum class NSLineCapStyle { Butt = 0, Round = 1, Square = 2 };
 enum class NSLineJoinStyle { Miter = 0, Round = 1, Bevel = 2 };
 
 /// A path of lines and cubic curves in points of the space that it is drawn in, y upward, with the
 /// attributes of its stroke. A value: copies are independent.
 ///
-/// Drawing goes to the calling thread's current graphics context; without one nothing is drawn.
+/// Drawing goes to the calling thread's current graphics context; without one nothing is drawn. Paths know
+/// nothing of contexts, so what draws them is found in GraphicsContext.cpp.
+///
+/// Example:
+/// @code
+/// NSBezierPath roof;
+/// roof.moveToPoint({0, 40});
+/// roof.lineToPoint({30, 60});
+/// roof.lineToPoint({60, 40});
+/// roof.closePath();
+/// roof.fill();
+/// @endcode
 class IMAGING_EXPORT NSBezierPath {
 public:
     /// The closed path (x, y), (x + w, y), (x + w, y + h), (x, y + h).
@@ -55,6 +65,9 @@ public:
     /// (NSRangeException) past the end.
     NSBezierPathElement elementAtIndex(std::size_t index, std::array<NSPoint, 3>* points = nullptr) const;
 
+    /// All of them, valid until the path changes.
+    const std::vector<PathElement>& elements() const { return m_elements; }
+
     /// nullopt on an empty path.
     std::optional<NSPoint> currentPoint() const;
 
@@ -88,14 +101,9 @@ public:
     void addClip() const;
 
 private:
-    struct Element {
-        NSBezierPathElement kind;
-        std::array<NSPoint, 3> points;
-    };
-
     void needCurrentPoint() const;
 
-    std::vector<Element> m_elements;
+    std::vector<PathElement> m_elements;
     NSPoint m_subpath_start;
     NSWindingRule m_winding_rule = NSWindingRule::NonZero;
     NSLineCapStyle m_line_cap = NSLineCapStyle::Butt;

@@ -19,7 +19,6 @@
 namespace Imaging::Platform {
 
 struct DecodedPicture;
-struct PictureHeader;
 
 /// Formats of encoded picture files.
 enum NSBitmapImageFileType : int {
@@ -37,17 +36,21 @@ enum NSBitmapFormat : unsigned {
     NSAlphaNonpremultipliedBitmapFormat = 1u << 1, ///< colour is not multiplied by alpha; otherwise it is
 };
 
-/// Names of properties of bitmaps and of the options of encoders, with the type of their values.
-inline constexpr std::string_view NSImageColorSyncProfileData =
-    "NSImageColorSyncProfileData";                                                       ///< NSData: ICC
-inline constexpr std::string_view NSImageCompressionFactor = "NSImageCompressionFactor"; ///< double, 0 to 1
-inline constexpr std::string_view NSImageErrorDiffusion =
-    "NSImageErrorDiffusion"; ///< int: not 0 for GIF with errors diffused
-inline constexpr std::string_view NSImageOrientation = "NSImageOrientation"; ///< int: EXIF's 1 to 8
-inline constexpr std::string_view NSImageResolutionX =
-    "NSImageResolutionX"; ///< double: declared pixels per inch
-inline constexpr std::string_view NSImageResolutionY = "NSImageResolutionY";   ///< double
-inline constexpr std::string_view NSImageSourceFormat = "NSImageSourceFormat"; ///< string: "JPEG", …
+// Names of properties of bitmaps and of the options of encoders, with the type of their values.
+
+/// NSData: an ICC profile.
+inline constexpr std::string_view NSImageColorSyncProfileData = "NSImageColorSyncProfileData";
+/// double, 0 to 1.
+inline constexpr std::string_view NSImageCompressionFactor = "NSImageCompressionFactor";
+/// int: not 0 for GIF with errors diffused.
+inline constexpr std::string_view NSImageErrorDiffusion = "NSImageErrorDiffusion";
+/// int: EXIF's 1 to 8.
+inline constexpr std::string_view NSImageOrientation = "NSImageOrientation";
+/// double: declared pixels per inch.
+inline constexpr std::string_view NSImageResolutionX = "NSImageResolutionX";
+inline constexpr std::string_view NSImageResolutionY = "NSImageResolutionY";
+/// string: "JPEG", …
+inline constexpr std::string_view NSImageSourceFormat = "NSImageSourceFormat";
 
 using NSImageProperty = std::variant<int, double, std::string, NSData>;
 using NSImageProperties = std::map<std::string, NSImageProperty, std::less<>>;
@@ -93,6 +96,15 @@ struct NSBitmapDescription {
 ///
 /// The pixels are the caller's to read and write through `bitmapData`; nothing is locked, so one thread at a
 /// time. A picture that was drawn with the bitmap in it must be told of later changes (NSImage::recache).
+///
+/// Example:
+/// @code
+/// NSBitmapDescription description;
+/// description.pixelsWide = 640;
+/// description.pixelsHigh = 480;
+/// const auto bitmap = NSBitmapImageRep::bitmapWithDescription(description);
+/// if (bitmap != nullptr) bitmap->setPixelAt(0, 0, {255, 0, 0, 255});
+/// @endcode
 class IMAGING_EXPORT NSBitmapImageRep : public NSImageRep {
 public:
     using Planes = std::array<std::uint8_t*, 5>;
@@ -163,6 +175,8 @@ public:
 private:
     NSBitmapImageRep(const NSBitmapDescription& resolved, const Planes& planes, PixelBuffer own);
     static std::shared_ptr<NSBitmapImageRep> bitmapWithDecodedPicture(DecodedPicture picture);
+    static std::shared_ptr<NSBitmapImageRep> bitmapAdoptingPixels(const NSBitmapDescription& description,
+                                                                  PixelBuffer pixels);
     static std::shared_ptr<NSBitmapImageRep> bitmapOnOwnPixels(const NSBitmapDescription& description,
                                                                PixelBuffer (*allocate)(std::size_t size));
     std::uint8_t* sampleAddress(std::int64_t x, std::int64_t y, int sample) const;

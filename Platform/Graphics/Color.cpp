@@ -1,6 +1,6 @@
-#include "Platform/Graphics/Color.h"
+// Colours are four floats; mixing computes in double and rounds once.
 
-#include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/Color.h"
 
 namespace Imaging::Platform {
 
@@ -28,10 +28,6 @@ NSColor NSColor::blendedColorWithFraction(float fraction, const NSColor& color) 
 bool NSColor::isEqual(const NSColor& other) const {
     return m_red == other.m_red && m_green == other.m_green && m_blue == other.m_blue &&
            m_alpha == other.m_alpha;
-}
-
-void NSColor::set() const {
-    if (const auto context = NSGraphicsContext::currentContext()) context->setColor(*this);
 }
 
 } // namespace Imaging::Platform

@@ -19,6 +19,12 @@ inline constexpr std::string_view NSDeviceCMYKColorSpace = "NSDeviceCMYKColorSpa
 
 /// A colour of red, green, blue and alpha from 0 to 1, not premultiplied. A small value; components outside
 /// the range are kept and clamped when something is drawn with them.
+///
+/// Example:
+/// @code
+/// const NSColor blue = NSColor::colorWithCalibratedRed(0, 0, 1, 1);
+/// NSColor::whiteColor().blendedColorWithFraction(0.25F, blue).set();
+/// @endcode
 class IMAGING_EXPORT NSColor {
 public:
     static NSColor colorWithCalibratedRed(float red, float green, float blue, float alpha);
@@ -48,6 +54,7 @@ public:
     bool isEqual(const NSColor& other) const;
 
     /// Makes this the fill and stroke colour of the current graphics context; nothing happens without one.
+    /// Colours know nothing of contexts, so this is found in GraphicsContext.cpp.
     void set() const;
 
 private:

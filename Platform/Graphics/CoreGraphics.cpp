@@ -1,5 +1,10 @@
+// Two kinds of contexts behind one interface: over a bitmap of the caller, which draws into words and
+// carries them over, and over a context of ours.
+
 #include "Platform/Graphics/CoreGraphics.h"
 
+#include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/Cairo/ClipPath.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Platform/Graphics/Pictures/BitmapRows.h"

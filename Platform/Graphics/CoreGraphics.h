@@ -13,6 +13,14 @@
 
 /// Bitmap contexts, images over memory, and drawing one into the other: the way to bring pixels from one
 /// layout into another without an owning bitmap object on either side.
+///
+/// Example:
+/// @code
+/// std::array<std::uint8_t, 64> pixels{}; // 4 x 4
+/// const CGContextRef context = CGBitmapContextCreate(
+///     pixels.data(), 4, 4, 8, 16, CGColorSpaceCreateDeviceRGB(), kCGImageAlphaPremultipliedLast);
+/// CGContextSetAlpha(*context, 0.5F);
+/// @endcode
 namespace Imaging::Platform {
 
 class NSGraphicsContext;

@@ -1,15 +1,20 @@
+// State and clip are kept by Cairo; what is filled goes to the painter where there are pixels, and to Cairo
+// elsewhere. Paths and transforms that Cairo would choke on never reach it.
+
 #include "Platform/Graphics/GraphicsContext.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Appearance.h"
+#include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/Cairo/CairoPaths.h"
 #include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
+#include "Platform/Graphics/Cairo/ClipPath.h"
 #include "Platform/Graphics/Cairo/Compositing.h"
 #include "Platform/Painter/ColorSampler.h"
 #include "Platform/Painter/Painter.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <optional>
@@ -22,10 +27,8 @@ namespace {
 thread_local std::shared_ptr<NSGraphicsContext> t_current_context;
 
 bool isFinite(const NSBezierPath& path) {
-    std::array<NSPoint, 3> points; // those that an element does not use are zero
-    for (std::size_t i = 0; i < path.elementCount(); ++i) {
-        path.elementAtIndex(i, &points);
-        for (const NSPoint point : points) {
+    for (const PathElement& element : path.elements()) {
+        for (const NSPoint point : element.points) { // those that an element does not use are zero
             if (!std::isfinite(point.x) || !std::isfinite(point.y)) return false;
         }
     }
@@ -123,7 +126,7 @@ void NSGraphicsContext::addClip(const NSBezierPath& path) {
         return;
     }
     cairo_new_path(m_cairo);
-    appendPath(m_cairo, path);
+    appendPath(m_cairo, path.elements());
     setFillRule(m_cairo, path.windingRule());
     cairo_clip(m_cairo);
 }
@@ -132,7 +135,7 @@ void NSGraphicsContext::fillShape(const NSBezierPath& path, NSCompositingOperati
     if (!canDraw() || path.isEmpty() || !isFinite(path)) return;
     const CairoStateScope state(m_cairo);
     cairo_new_path(m_cairo);
-    appendPath(m_cairo, path);
+    appendPath(m_cairo, path.elements());
     setFillRule(m_cairo, path.windingRule());
     const std::optional<CairoPixels> pixels = CairoPixels::ofContext(m_cairo);
     if (!pixels.has_value() && operation == NSCompositeSourceOver) {
@@ -166,7 +169,7 @@ void NSGraphicsContext::strokePath(const NSBezierPath& path) {
     if (!canDraw() || path.isEmpty() || !isFinite(path)) return;
     const CairoStateScope state(m_cairo);
     cairo_new_path(m_cairo);
-    appendStrokePath(m_cairo, path);
+    appendStrokePath(m_cairo, path.elements());
     if (!setStroke(m_cairo, path)) return;
     setSource(m_cairo, m_state.color);
     cairo_stroke(m_cairo);
@@ -183,6 +186,24 @@ NSGraphicsStateScope::NSGraphicsStateScope() : m_context(NSGraphicsContext::curr
 NSGraphicsStateScope::~NSGraphicsStateScope() {
     if (m_context == nullptr) return;
     while (m_context->savedStateCount() > m_depth) m_context->restoreGraphicsState();
+}
+
+// What colours and paths do to the current context. They lie below it and only declare these.
+
+void NSColor::set() const {
+    if (const auto context = NSGraphicsContext::currentContext()) context->setColor(*this);
+}
+
+void NSBezierPath::fill() const {
+    if (const auto context = NSGraphicsContext::currentContext()) context->fillPath(*this);
+}
+
+void NSBezierPath::stroke() const {
+    if (const auto context = NSGraphicsContext::currentContext()) context->strokePath(*this);
+}
+
+void NSBezierPath::addClip() const {
+    if (const auto context = NSGraphicsContext::currentContext()) context->addClip(*this);
 }
 
 void NSRectFill(NSRect rect) { NSRectFillUsingOperation(rect, NSCompositeCopy); }

@@ -27,6 +27,13 @@ class NSBezierPath;
 /// under operations such as source-in that would clear them elsewhere.
 ///
 /// One context belongs to one thread at a time. Each thread has its own current context.
+///
+/// Example:
+/// @code
+/// const NSGraphicsStateScope state;
+/// NSColor::blackColor().set();
+/// NSFrameRectWithWidth(NSMakeRect(10, 10, 100, 50), 2);
+/// @endcode
 class IMAGING_EXPORT NSGraphicsContext : public std::enable_shared_from_this<NSGraphicsContext> {
 public:
     /// A context on a caller's Cairo context, which is referenced, not copied. `height` is that of the page

@@ -1,3 +1,6 @@
+// A picture makes what is ready to be drawn from its best representation when it is first needed, and
+// replaces its representations by what was drawn into it.
+
 #include "Platform/Graphics/Image.h"
 
 #include "Platform/Foundation/Exception.h"

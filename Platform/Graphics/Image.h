@@ -47,6 +47,15 @@ enum NSImageCacheMode : int {
 ///
 /// Nothing is locked: a picture is used by one thread at a time. The ready-to-draw copy reads the bitmap when
 /// a draw first needs it, so a bitmap's pixels must not be changed without `recache` afterwards.
+///
+/// Example:
+/// @code
+/// NSError error;
+/// const auto picture = NSImage::imageWithContentsOfFile("photo.jpg", &error);
+/// if (picture != nullptr) {
+///     picture->drawInRect(NSMakeRect(0, 0, 320, 240), NSZeroRect, NSCompositeSourceOver, 1);
+/// }
+/// @endcode
 class IMAGING_EXPORT NSImage : public NSCoding {
 public:
     /// An empty picture of a size, transparent black all over. It has no representation until something is

@@ -1,7 +1,12 @@
+// Pango sets the lines, always unhinted, and Cairo draws their glyphs, or their outlines where glyphs would
+// be too large or too far out.
+
 #include "Platform/Graphics/Text.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Appearance.h"
+#include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/Cairo/CairoPaths.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
 

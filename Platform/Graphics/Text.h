@@ -16,6 +16,12 @@
 ///
 /// The functions throw an NSException: NSGraphicsException when the machine has no font at all or drawing
 /// fails, NSInvalidArgumentException when a text has more than a mebibyte.
+///
+/// Example:
+/// @code
+/// float size = 24;
+/// while (sizeOfText("Sunset at the lake", NSFont::systemFontOfSize(size)).width > 100) size -= 1;
+/// @endcode
 namespace Imaging::Platform {
 
 class NSColor;

@@ -1,4 +1,7 @@
-#include "Platform/Graphics/Cairo/CairoSupport.h"
+// Paths go to Cairo as they are, but for those that reach beyond its coordinates: these become lines, which
+// are cut far outside everything that can be seen.
+
+#include "Platform/Graphics/Cairo/CairoPaths.h"
 
 #include <algorithm>
 #include <array>
@@ -40,13 +43,12 @@ DevicePoint devicePoint(cairo_t* context, NSPoint point) {
 }
 
 /// The largest device coordinate, whatever its sign; infinite where one is not a number.
-double reachOf(cairo_t* context, const NSBezierPath& path) {
+double reachOf(cairo_t* context, PathElements path) {
     double reach = 0;
-    std::array<NSPoint, 3> p;
-    for (std::size_t i = 0; i < path.elementCount(); ++i) {
-        const std::size_t count = path.elementAtIndex(i, &p) == NSBezierPathElement::CurveTo ? 3 : 1;
+    for (const PathElement& element : path) {
+        const std::size_t count = element.kind == NSBezierPathElement::CurveTo ? 3 : 1;
         for (std::size_t k = 0; k < count; ++k) {
-            const DevicePoint point = devicePoint(context, p[k]);
+            const DevicePoint point = devicePoint(context, element.points[k]);
             if (std::isnan(point.x) || std::isnan(point.y)) return std::numeric_limits<double>::infinity();
             reach = std::max({reach, std::abs(point.x), std::abs(point.y)});
         }
@@ -88,11 +90,9 @@ void appendCurve(DevicePoints& points, const std::array<DevicePoint, 4>& c, int 
     appendCurve(points, {middle, bcd, cd, c[3]}, halvings - 1);
 }
 
-std::vector<DeviceLines> linesOf(cairo_t* context, const NSBezierPath& path) {
+std::vector<DeviceLines> linesOf(cairo_t* context, PathElements path) {
     std::vector<DeviceLines> lines;
-    std::array<NSPoint, 3> p;
-    for (std::size_t i = 0; i < path.elementCount(); ++i) {
-        const NSBezierPathElement kind = path.elementAtIndex(i, &p);
+    for (const auto& [kind, p] : path) {
         const DevicePoint first = devicePoint(context, p[0]);
         if (kind == NSBezierPathElement::ClosePath) {
             lines.back().closed = true;
@@ -188,10 +188,9 @@ void appendLines(cairo_t* context, DeviceLines lines) {
     appendOpenLines(context, lines.points);
 }
 
-void appendElements(cairo_t* context, const NSBezierPath& path) {
-    std::array<NSPoint, 3> p;
-    for (std::size_t i = 0; i < path.elementCount(); ++i) {
-        switch (path.elementAtIndex(i, &p)) {
+void appendElements(cairo_t* context, PathElements path) {
+    for (const auto& [kind, p] : path) {
+        switch (kind) {
         case NSBezierPathElement::MoveTo:
             cairo_move_to(context, p[0].x, p[0].y);
             break;
@@ -210,7 +209,7 @@ void appendElements(cairo_t* context, const NSBezierPath& path) {
 
 } // namespace
 
-void appendPath(cairo_t* context, const NSBezierPath& path) {
+void appendPath(cairo_t* context, PathElements path) {
     const double reach = reachOf(context, path);
     if (reach <= farthest) appendElements(context, path);
     if (!(reach > farthest && reach <= immeasurable)) return;
@@ -220,7 +219,7 @@ void appendPath(cairo_t* context, const NSBezierPath& path) {
     for (const DeviceLines& subpath : lines) appendPolygon(context, subpath.points);
 }
 
-void appendStrokePath(cairo_t* context, const NSBezierPath& path) {
+void appendStrokePath(cairo_t* context, PathElements path) {
     const double reach = reachOf(context, path);
     if (reach <= farthest) appendElements(context, path);
     if (!(reach > farthest && reach <= immeasurable)) return;
@@ -228,6 +227,16 @@ void appendStrokePath(cairo_t* context, const NSBezierPath& path) {
     const CairoStateScope state(context);
     cairo_identity_matrix(context);
     for (const DeviceLines& subpath : lines) appendLines(context, subpath);
+}
+
+void setFillRule(cairo_t* context, NSWindingRule rule) {
+    cairo_set_fill_rule(context,
+                        rule == NSWindingRule::EvenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
+}
+
+CairoContext measuringContext() {
+    const CairoSurface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+    return CairoContext(cairo_create(surface.get()));
 }
 
 } // namespace Imaging::Platform

@@ -1,3 +1,5 @@
+// Transforms, colours and pixels as Cairo takes them, and its errors as exceptions.
+
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 
 #include "Platform/Foundation/Exception.h"
@@ -36,25 +38,11 @@ bool isUsable(const cairo_matrix_t& matrix) {
     return cairo_matrix_invert(&inverse) == CAIRO_STATUS_SUCCESS && isFinite(inverse);
 }
 
-NSBezierPath clipPath(NSRect rect) {
-    return NSIsEmptyRect(rect) ? NSBezierPath() : NSBezierPath::bezierPathWithRect(rect);
-}
-
-void setFillRule(cairo_t* context, NSWindingRule rule) {
-    cairo_set_fill_rule(context,
-                        rule == NSWindingRule::EvenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
-}
-
 // Cairo clamps components to its range, but not what is not a number.
 void setSource(cairo_t* context, const NSColor& color) {
     const auto number = [](float component) { return std::isnan(component) ? 0.0 : double{component}; };
     cairo_set_source_rgba(context, number(color.redComponent()), number(color.greenComponent()),
                           number(color.blueComponent()), number(color.alphaComponent()));
-}
-
-CairoContext measuringContext() {
-    const CairoSurface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
-    return CairoContext(cairo_create(surface.get()));
 }
 
 CairoSurface surfaceOver(std::shared_ptr<const PixelImage> pixels) {

@@ -1,3 +1,6 @@
+// Our operations by Cairo's, for targets that have no pixels. Where Cairo would fade instead of scale, the
+// picture is painted into a group first.
+
 #include "Platform/Graphics/Cairo/Compositing.h"
 
 #include "Platform/Foundation/Exception.h"

@@ -1,3 +1,6 @@
+// Bitmaps described as pixel layouts, and pixels carried from one layout to another row by row, large
+// pictures on all cores.
+
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
 
 #include "Platform/Graphics/BitmapImageRep.h"

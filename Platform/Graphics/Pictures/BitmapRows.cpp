@@ -1,3 +1,6 @@
+// Rows of a bitmap as words. Those with a profile are taken off their alpha, converted to sRGB and put onto
+// it again.
+
 #include "Platform/Graphics/Pictures/BitmapRows.h"
 
 #include "Platform/Graphics/BitmapImageRep.h"

@@ -3,6 +3,8 @@
 
 #include "Platform/Graphics/Pictures/CairoPictures.h"
 
+#include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/Cairo/CairoPaths.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/Cairo/Compositing.h"
 
@@ -67,7 +69,8 @@ CairoPattern pictureOnNothing(cairo_t* context, const PlacedPicture& placed, con
     cairo_new_path(context);
     appendPath(context,
                NSBezierPath::bezierPathWithRect(NSMakeRect(0, 0, static_cast<float>(placed.picture.width()),
-                                                           static_cast<float>(placed.picture.height()))));
+                                                           static_cast<float>(placed.picture.height())))
+                   .elements());
     cairo_clip(context);
     cairo_set_matrix(context, &picture.matrix);
     setSource(context, picture);

@@ -2,6 +2,8 @@
 
 #include "Platform/Graphics/Pictures/PictureDrawing.h"
 
+#include "Platform/Graphics/BezierPath.h"
+#include "Platform/Graphics/Cairo/CairoPaths.h"
 #include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/Cairo/CairoSupport.h"
 #include "Platform/Graphics/GraphicsContext.h"
@@ -63,7 +65,8 @@ void clipToPicture(cairo_t* cairo, const PlacedPicture& placed) {
     cairo_new_path(cairo);
     appendPath(cairo,
                NSBezierPath::bezierPathWithRect(NSMakeRect(0, 0, static_cast<float>(placed.picture.width()),
-                                                           static_cast<float>(placed.picture.height()))));
+                                                           static_cast<float>(placed.picture.height())))
+                   .elements());
     cairo_clip(cairo);
 }
 
@@ -116,7 +119,7 @@ void drawPicture(NSGraphicsContext& context, DrawablePicture& picture, NSRect de
     if (!isUsable(matrix)) return; // shrunk to nothing
 
     cairo_new_path(cairo);
-    appendPath(cairo, NSBezierPath::bezierPathWithRect(destination));
+    appendPath(cairo, NSBezierPath::bezierPathWithRect(destination).elements());
     cairo_clip(cairo);
     const PlacedPicture placed{picture, matrix, reachesOver(picture, source)};
     try {

@@ -1,3 +1,5 @@
+// Also tests: Platform/Graphics/BitmapCoding.cpp
+
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/Pictures/BitmapPixels.h"

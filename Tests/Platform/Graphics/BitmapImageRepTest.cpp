@@ -1,3 +1,5 @@
+// Also tests: Platform/Graphics/FocusedBitmap.cpp
+
 #include "Platform/Graphics/BitmapImageRep.h"
 
 #include "Platform/Foundation/Exception.h"

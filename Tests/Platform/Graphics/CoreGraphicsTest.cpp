@@ -1,3 +1,5 @@
+// Also tests: Platform/Graphics/Cairo/ClipPath.cpp
+
 #include "Platform/Graphics/CoreGraphics.h"
 
 #include "Tests/Platform/Pixels/GuardedPixels.h"

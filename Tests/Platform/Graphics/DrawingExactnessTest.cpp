@@ -1,3 +1,5 @@
+// Also tests: Platform/Painter/WholePixelSampler.cpp
+
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>

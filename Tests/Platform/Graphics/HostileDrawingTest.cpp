@@ -1,3 +1,5 @@
+// Also tests: Platform/Graphics/Cairo/CairoPaths.cpp
+
 #include "Platform/Foundation/Exception.h"
 #include "Tests/Support/Pixels.h"
 

@@ -1,3 +1,5 @@
+// Also tests: Platform/Graphics/Pictures/CachedImageRep.cpp
+
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Image.h"
 #include "Platform/Graphics/Pictures/CachedImageRep.h"

@@ -1,3 +1,6 @@
+// Also tests: Platform/Painter/ColorSampler.cpp
+// Also tests: Platform/Painter/Painter.cpp
+
 #include "Platform/Graphics/Cairo/Compositing.h"
 
 #include "Platform/Foundation/Exception.h"

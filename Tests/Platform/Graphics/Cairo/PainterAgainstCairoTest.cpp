@@ -1,4 +1,5 @@
 // The two ways in which pictures are drawn, one against the other on the same pixels.
+// Also tests: Platform/Graphics/Pictures/CairoPictures.cpp
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Pictures/CairoPictures.h"

@@ -1,3 +1,7 @@
+// Also tests: Platform/Graphics/PictureMemory.cpp
+// Also tests: Platform/Painter/PictureLevels.cpp
+// Also tests: Platform/Pixels/Rows/PixelImage.cpp
+
 #include "Platform/Graphics/Pictures/DrawablePicture.h"
 
 #include "Platform/Foundation/Exception.h"

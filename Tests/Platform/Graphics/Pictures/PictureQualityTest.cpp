@@ -1,4 +1,7 @@
 // How pictures look that are drawn larger, smaller, moved or turned, against exact arithmetic.
+// Also tests: Platform/Painter/AffineSampler.cpp
+// Also tests: Platform/Painter/PictureSampler.cpp
+// Also tests: Platform/Painter/ScaledSampler.cpp
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"

@@ -1,5 +1,7 @@
 // Pictures on the surfaces that callers draw on: without alpha, moved, scaled, parts of others, groups,
 // pages.
+// Also tests: Platform/Graphics/Cairo/CairoPixels.cpp
+// Also tests: Platform/Graphics/Pictures/PictureDrawing.cpp
 
 #include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/GraphicsContext.h"

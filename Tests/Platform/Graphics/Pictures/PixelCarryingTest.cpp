@@ -1,4 +1,5 @@
 // Rows brought over by the quick ways against the plain ones, and pictures carried from layout to layout.
+// Also tests: Platform/Graphics/Pictures/BitmapPixels.cpp
 
 #include "Platform/Graphics/Pictures/BitmapPixels.h"
 #include "Platform/Pixels/Rows/PixelLayout.h"
