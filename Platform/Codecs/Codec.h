@@ -13,6 +13,15 @@
 
 /// Picture formats behind one small interface: each format is one class in one file, and knows nothing of
 /// bitmaps, pictures or drawing. Encoded bytes go in and plain decoded pictures come out, and the other way.
+///
+/// Example:
+/// @code
+/// PictureHeader header;
+/// header.width = 640;
+/// header.height = 480;
+/// const std::size_t rowBytes = checkPictureLimits(header, pictureLimits());
+/// PixelBuffer pixels = PixelBuffer::zeroed(rowBytes * header.height);
+/// @endcode
 namespace Imaging::Platform {
 
 /// What a picture's samples mean. A gray sample of 0 is black in `White` and white in `Black`.

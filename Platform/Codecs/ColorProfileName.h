@@ -12,10 +12,9 @@ namespace Imaging::Platform {
 ///
 /// Example:
 /// @code
-/// const NSData profile = {'n', 'o', 'n', 'e'};
-/// const std::string name = colorProfileName(profile);
-/// const bool isNamed = !name.empty();
-/// static_cast<void>(isNamed);
+/// const NSData profile; // as in a picture's header
+/// std::string name = colorProfileName(profile);
+/// if (name.empty()) name = "no profile";
 /// @endcode
 IMAGING_EXPORT std::string colorProfileName(ByteView profile);
 

@@ -1,5 +1,10 @@
+// BMP by our own code, since no library for it is at hand. What is written has a header of version 5, which
+// states sRGB or holds a profile, and 8 bits a pixel for gray, 24 for colour, and 32 in bit fields with
+// straight alpha. Gray becomes RGB there, so a gray profile cannot go along; see rgbProfileToWrite.
+
 #include "Platform/Codecs/Formats/BmpCodec.h"
 
+#include "Platform/Codecs/Formats/BmpHeaders.h"
 #include "Platform/Codecs/Formats/BmpReader.h"
 #include "Platform/Codecs/Support/CodecSupport.h"
 #include "Platform/Codecs/Support/ColorProfile.h"
@@ -9,23 +14,18 @@
 #include <cmath>
 #include <limits>
 
-/// BMP by our own code, since no library for it is at hand. What is written has a header of version 5, which
-/// states sRGB or holds a profile, and 8 bits a pixel for gray, 24 for colour, and 32 in bit fields with
-/// straight alpha. Gray becomes RGB there, so a gray profile cannot go along; see rgbProfileToWrite.
 namespace Imaging::Platform {
 
 namespace {
 
-constexpr double metresPerInch = 0.0254;
-constexpr std::size_t fileHeader = 14;
-constexpr std::size_t infoHeader = 124;
+using namespace BmpHeaders;
 
 class BmpWriter {
 public:
     explicit BmpWriter(const PictureView& picture) : m_rows(picture), m_header(picture.header) {
         const bool isGray = m_header.color != SampleColor::RGB;
         m_bits = m_header.hasAlpha ? 32 : isGray ? 8 : 24;
-        m_row_bytes = (std::uint64_t{m_header.width} * m_bits + 31) / 32 * 4;
+        m_row_bytes = rowBytes(m_header.width, m_bits);
         m_states_srgb = matchingProfile(m_header.colorProfile, m_header.color).empty();
         if (!m_states_srgb) m_profile = rgbProfileToWrite(m_header);
     }
@@ -41,7 +41,7 @@ private:
     void writeColorSpace();
     void writeRow(const std::uint8_t* rgba);
     std::uint64_t colorCount() const { return m_bits == 8 ? 256 : 0; }
-    std::uint64_t pixelsAt() const { return fileHeader + infoHeader + colorCount() * 4; }
+    std::uint64_t pixelsAt() const { return fileHeader + headerVersion5 + colorCount() * 4; }
     std::uint64_t profileAt() const { return pixelsAt() + m_row_bytes * m_header.height; }
 
     StraightRows m_rows;
@@ -59,12 +59,12 @@ void BmpWriter::writeHeaders() {
     number(profileAt() + m_profile.size(), 4);
     number(0, 4);
     number(pixelsAt(), 4);
-    number(infoHeader, 4);
+    number(headerVersion5, 4);
     number(m_header.width, 4);
     number(m_header.height, 4);
     number(1, 2); // planes
     number(m_bits, 2);
-    number(m_bits == 32 ? 3 : 0, 4); // bit fields, or none
+    number(m_bits == 32 ? bitFields : plain, 4);
     number(m_row_bytes * m_header.height, 4);
     for (const double resolution : {m_header.resolutionX, m_header.resolutionY}) {
         const double perMetre = resolution / metresPerInch;
@@ -81,12 +81,9 @@ void BmpWriter::writeHeaders() {
 
 /// The end of a header of version 5, from its colour space on.
 void BmpWriter::writeColorSpace() {
-    constexpr std::uint32_t sRGB = 0x73524742;     // "sRGB"
-    constexpr std::uint32_t embedded = 0x4d424544; // "MBED"
-    constexpr std::uint32_t system = 0x57696e20;   // "Win ", which promises nothing
-    constexpr std::uint32_t forPictures = 4;       // the intent: perceptual
-    const std::uint32_t unstated = m_states_srgb ? sRGB : system;
-    number(m_profile.empty() ? unstated : embedded, 4);
+    constexpr std::uint32_t forPictures = 4; // the intent: perceptual
+    const std::uint32_t withoutProfile = m_states_srgb ? isSRGB : isUnstated;
+    number(m_profile.empty() ? withoutProfile : hasProfile, 4);
     for (int i = 0; i < 12; ++i) number(0, 4); // end points and gammas count for calibrated colours only
     number(forPictures, 4);
     number(m_profile.empty() ? 0 : profileAt() - fileHeader, 4);
@@ -123,7 +120,7 @@ public:
     bool recognises(ByteView bytes) const override {
         if (bytes.size() < fileHeader + 4 || bytes[0] != 'B' || bytes[1] != 'M') return false;
         const std::uint64_t size = littleEndian(bytes, fileHeader, 4);
-        return size == 12 || (size >= 16 && size <= 64) || size == 108 || size == infoHeader;
+        return size == 12 || (size >= 16 && size <= 64) || size == 108 || size == headerVersion5;
     }
 
     PictureHeader readHeader(ByteView bytes) const override { return BmpReader(bytes).header(); }

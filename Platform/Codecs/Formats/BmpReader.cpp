@@ -1,3 +1,6 @@
+// Reads the headers of all versions first, checks that the pixels they tell of can be there, and then goes
+// over rows, fields or runs.
+
 #include "Platform/Codecs/Formats/BmpReader.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -13,22 +16,7 @@ namespace Imaging::Platform {
 namespace {
 
 constexpr std::string_view formatName = "BMP";
-constexpr double metresPerInch = 0.0254;
-
-constexpr std::size_t infoAt = 14; // where the second header begins
-constexpr std::size_t coreHeader = 12;
-constexpr std::size_t windowsHeader = 40;
-constexpr std::size_t headerWithColorMasks = 52;
-constexpr std::size_t headerWithAlphaMask = 56;
-constexpr std::size_t os2Header = 64;
-constexpr std::size_t headerVersion5 = 124;
-
-// Values of the compression field. OS/2 2.x means something else by 3 and 4, which is told by its header.
-constexpr std::uint32_t plain = 0;
-constexpr std::uint32_t runs8 = 1;
-constexpr std::uint32_t runs4 = 2;
-constexpr std::uint32_t bitFields = 3;
-constexpr std::uint32_t bitFieldsWithAlpha = 6;
+using namespace BmpHeaders;
 
 /// Two bytes of run-length encoding make at most this many pixels. A picture with so few bytes that most of
 /// it would be jumped over is not there.
@@ -61,32 +49,36 @@ std::uint64_t BmpReader::number(std::size_t offset, std::size_t count) const {
     return littleEndian(m_bytes, offset, count);
 }
 
+std::uint64_t BmpReader::field(const BmpHeaders::Field& field) const {
+    return number(fileHeader + field.offset, field.size);
+}
+
 void BmpReader::readSizes() {
-    m_offset = number(10, 4);
-    m_header_size = number(infoAt, 4);
-    number(infoAt, m_header_size < 8 ? m_header_size : 8); // at least that much
-    if (m_header_size > m_bytes.size() - infoAt) failForShortData(formatName);
+    m_offset = number(pixelsOffset.offset, pixelsOffset.size);
+    m_header_size = field(headerSize);
+    number(fileHeader, m_header_size < 8 ? m_header_size : 8); // at least that much
+    if (m_header_size > m_bytes.size() - fileHeader) failForShortData(formatName);
     if (m_header_size == coreHeader) {
         readCoreHeader();
         return;
     }
-    const auto height = static_cast<std::int32_t>(number(infoAt + 8, 4));
-    const auto width = static_cast<std::int32_t>(number(infoAt + 4, 4));
+    const auto height = static_cast<std::int32_t>(field(BmpHeaders::height));
+    const auto width = static_cast<std::int32_t>(field(BmpHeaders::width));
     if (width <= 0 || height == 0 || height == std::numeric_limits<std::int32_t>::min()) {
         failForDamage(formatName, "its size makes no sense");
     }
     m_is_top_down = height < 0;
     m_header.width = static_cast<std::uint32_t>(width);
     m_header.height = static_cast<std::uint32_t>(m_is_top_down ? -height : height);
-    m_bits = static_cast<std::uint32_t>(number(infoAt + 14, 2));
-    const bool hasCompression = m_header_size >= 20;
-    readCompression(hasCompression ? static_cast<std::uint32_t>(number(infoAt + 16, 4)) : plain);
+    m_bits = static_cast<std::uint32_t>(field(bits));
+    const bool hasCompression = m_header_size >= BmpHeaders::compression.end();
+    readCompression(hasCompression ? static_cast<std::uint32_t>(field(BmpHeaders::compression)) : plain);
 }
 
 void BmpReader::readCoreHeader() {
-    m_header.width = static_cast<std::uint32_t>(number(infoAt + 4, 2));
-    m_header.height = static_cast<std::uint32_t>(number(infoAt + 6, 2));
-    m_bits = static_cast<std::uint32_t>(number(infoAt + 10, 2));
+    m_header.width = static_cast<std::uint32_t>(field(coreWidth));
+    m_header.height = static_cast<std::uint32_t>(field(coreHeight));
+    m_bits = static_cast<std::uint32_t>(field(coreBits));
     readCompression(plain);
 }
 
@@ -133,7 +125,7 @@ void BmpReader::readFields(std::uint32_t compression) {
     if (masksFollow) m_extra_masks = count * 4;
     std::uint32_t taken = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        const auto mask = static_cast<std::uint32_t>(number(infoAt + windowsHeader + i * 4, 4));
+        const auto mask = static_cast<std::uint32_t>(number(fileHeader + windowsHeader + i * 4, 4));
         if ((mask & taken) != 0) failForDamage(formatName, "its bit fields overlap");
         taken |= mask;
         setField(i, mask);
@@ -142,13 +134,13 @@ void BmpReader::readFields(std::uint32_t compression) {
 }
 
 void BmpReader::readColors() {
-    const std::size_t colorsAt = infoAt + m_header_size + m_extra_masks;
+    const std::size_t colorsAt = fileHeader + m_header_size + m_extra_masks;
     if (m_offset > m_bytes.size()) failForShortData(formatName);
     if (m_offset < colorsAt) failForDamage(formatName, "its pixels begin within its header");
     if (m_bits > 8) return;
     const std::size_t entry = m_header_size == coreHeader ? 3 : 4;
     const std::uint64_t most = 1U << m_bits;
-    const std::uint64_t used = m_header_size >= 36 ? number(infoAt + 32, 4) : 0;
+    const std::uint64_t used = m_header_size >= colorsUsed.end() ? field(colorsUsed) : 0;
     // Some programs count no colours and write fewer than there could be.
     const std::uint64_t room = (m_offset - colorsAt) / entry;
     const std::uint64_t count = std::min({used == 0 ? most : used, most, room});
@@ -160,9 +152,9 @@ void BmpReader::readColors() {
 }
 
 void BmpReader::readAppearance() {
-    if (m_header_size >= 32) {
-        const auto x = static_cast<std::int32_t>(number(infoAt + 24, 4));
-        const auto y = static_cast<std::int32_t>(number(infoAt + 28, 4));
+    if (m_header_size >= pixelsPerMetreY.end()) {
+        const auto x = static_cast<std::int32_t>(field(pixelsPerMetreX));
+        const auto y = static_cast<std::int32_t>(field(pixelsPerMetreY));
         if (x > 0 && y > 0) {
             m_header.resolutionX = x * metresPerInch;
             m_header.resolutionY = y * metresPerInch;
@@ -173,16 +165,15 @@ void BmpReader::readAppearance() {
 
 /// Only profiles in the file count. Names of files elsewhere are never followed.
 void BmpReader::readProfile() {
-    constexpr std::uint32_t embedded = 0x4d424544; // "MBED"
-    if (number(infoAt + 56, 4) != embedded) return;
-    const std::uint64_t offset = infoAt + number(infoAt + 112, 4);
-    const std::uint64_t size = number(infoAt + 116, 4);
+    if (field(colorSpace) != hasProfile) return;
+    const std::uint64_t offset = fileHeader + field(profileOffset);
+    const std::uint64_t size = field(profileSize);
     if (offset > m_bytes.size() || size > m_bytes.size() - offset) failForShortData(formatName);
     m_header.colorProfile = matchingProfile(m_bytes.subspan(offset, size), m_header.color);
 }
 
-/// Rows are filled up to whole groups of 4 bytes. Fits: fewer than 2^31 pixels of at most 32 bits.
-std::size_t BmpReader::rowBytes() const { return (std::uint64_t{m_header.width} * m_bits + 31) / 32 * 4; }
+/// Fits: fewer than 2^31 pixels of at most 32 bits.
+std::size_t BmpReader::rowBytes() const { return BmpHeaders::rowBytes(m_header.width, m_bits); }
 
 const std::array<std::uint8_t, 3>& BmpReader::color(std::size_t index) const {
     if (index >= m_colors.size()) failForDamage(formatName, "a pixel has no colour");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Codecs/Codec.h"
+#include "Platform/Codecs/Formats/BmpHeaders.h"
 
 #include <array>
 
@@ -44,6 +45,7 @@ private:
     void readFieldPixels(const std::uint8_t* from, std::uint8_t* to) const;
     void readRuns(DecodedPicture& picture) const;
     std::uint64_t number(std::size_t offset, std::size_t count) const;
+    std::uint64_t field(const BmpHeaders::Field& field) const; ///< of the second header
 
     ByteView m_bytes;
     PictureHeader m_header;

@@ -1,3 +1,8 @@
+// GIF with giflib. The first picture of a file is read, as RGB of 8 bits; what it leaves uncovered of the
+// screen, and its transparent colour, have alpha 0, and there is alpha only where one of the two can be. A
+// picture that lies outside the screen enlarges it. A profile is read from and written to the application
+// extension "ICCRGBG1012". Whatever follows the first picture is not looked at.
+
 #include "Platform/Codecs/Formats/GifCodec.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -12,10 +17,6 @@
 
 #include <gif_lib.h>
 
-/// GIF with giflib. The first picture of a file is read, as RGB of 8 bits; what it leaves uncovered of the
-/// screen, and its transparent colour, have alpha 0, and there is alpha only where one of the two can be. A
-/// picture that lies outside the screen enlarges it. A profile is read from and written to the application
-/// extension "ICCRGBG1012". Whatever follows the first picture is not looked at.
 namespace Imaging::Platform {
 
 namespace {

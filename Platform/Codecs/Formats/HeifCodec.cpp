@@ -1,3 +1,7 @@
+// HEIC and AVIF with libheif: the primary picture, as RGB of 8 bits, or of 16 where the file has more, with
+// alpha. Turning and cropping belong to these formats and are done here, so pictures are upright; the
+// orientation in their EXIF record repeats them and does not count. Files are only read.
+
 #include "Platform/Codecs/Formats/HeifCodec.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -13,9 +17,6 @@
 
 #include <libheif/heif.h>
 
-/// HEIC and AVIF with libheif: the primary picture, as RGB of 8 bits, or of 16 where the file has more, with
-/// alpha. Turning and cropping belong to these formats and are done here, so pictures are upright; the
-/// orientation in their EXIF record repeats them and does not count. Files are only read.
 namespace Imaging::Platform {
 
 namespace {

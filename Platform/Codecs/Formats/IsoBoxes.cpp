@@ -1,3 +1,5 @@
+// Walks over boxes of the ISO base media format: a length, four letters, and that many bytes.
+
 #include "Platform/Codecs/Formats/IsoBoxes.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"

@@ -1,3 +1,7 @@
+// JPEG 2000 with openjpeg. What is written is a JP2 file with straight alpha, of the picture's own depth: of
+// quality 1 without any loss, below that with the signal-to-noise ratio of decibelsOf. A picture without a
+// profile is stated to be sRGB, or gray with its curve.
+
 #include "Platform/Codecs/Formats/Jpeg2000Codec.h"
 
 #include "Platform/Codecs/Formats/IsoBoxes.h"
@@ -12,17 +16,16 @@
 #include <cmath>
 #include <limits>
 
-/// JPEG 2000 with openjpeg. What is written is a JP2 file with straight alpha, of the picture's own depth: of
-/// quality 1 without any loss, below that with the signal-to-noise ratio of decibelsOf. A picture without a
-/// profile is stated to be sRGB, or gray with its curve.
 namespace Imaging::Platform {
 
 namespace {
 
-constexpr double metresPerInch = 0.0254;
-
 /// From 28 dB, where everything is blurred, to 52 dB, where nothing is to be seen any more.
-double decibelsOf(double quality) { return 28 + 24 * std::clamp(quality, 0.0, 1.0); }
+double decibelsOf(double quality) {
+    constexpr double worst = 28;
+    constexpr double best = 52;
+    return worst + (best - worst) * std::clamp(quality, 0.0, 1.0);
+}
 
 /// A resolution in pixels a metre as JP2 writes it.
 struct Fraction {

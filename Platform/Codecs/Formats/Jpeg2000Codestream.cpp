@@ -1,3 +1,6 @@
+// Reads the markers of a codestream without decoding anything, to tell how much memory openjpeg will take
+// for it: a header of a hundred bytes can claim millions of tiles.
+
 #include "Platform/Codecs/Formats/Jpeg2000Codestream.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -18,6 +21,19 @@ constexpr std::uint64_t componentCodingStyle = 0xff53;
 constexpr std::uint64_t tilePart = 0xff90;
 constexpr std::uint64_t tileData = 0xff93;
 constexpr std::uint64_t endOfCodestream = 0xffd9;
+constexpr std::uint64_t startOfCodestream = 0xff4f;
+constexpr std::uint64_t lowestMarker = 0xff00;
+
+// Where the segment of sizes, which comes right behind the start, has its numbers.
+constexpr std::size_t gridRight = 8;
+constexpr std::size_t gridBottom = 12;
+constexpr std::size_t gridLeft = 16;
+constexpr std::size_t gridTop = 20;
+constexpr std::size_t gridTileWidth = 24;
+constexpr std::size_t gridTileHeight = 28;
+constexpr std::size_t gridTileLeft = 32;
+constexpr std::size_t gridTileTop = 36;
+constexpr std::size_t componentCount = 40;
 
 /// openjpeg 2.5's records, rounded up: of a tile, of a tile's component, and of a precinct with its trees in
 /// three bands.
@@ -70,16 +86,18 @@ void Walker::readComponents(std::uint64_t count) {
 }
 
 void Walker::readSizes() {
-    if (number(0, 2) != 0xff4f || number(2, 2) != sizes) failForDamage(formatName, "its size is missing");
-    const std::uint64_t right = number(8, 4);
-    const std::uint64_t bottom = number(12, 4);
-    const std::uint64_t left = number(16, 4);
-    const std::uint64_t top = number(20, 4);
-    const std::uint64_t tileWidth = number(24, 4);
-    const std::uint64_t tileHeight = number(28, 4);
-    const std::uint64_t tileLeft = number(32, 4);
-    const std::uint64_t tileTop = number(36, 4);
-    const std::uint64_t count = number(40, 2);
+    if (number(0, 2) != startOfCodestream || number(2, 2) != sizes) {
+        failForDamage(formatName, "its size is missing");
+    }
+    const std::uint64_t right = number(gridRight, 4);
+    const std::uint64_t bottom = number(gridBottom, 4);
+    const std::uint64_t left = number(gridLeft, 4);
+    const std::uint64_t top = number(gridTop, 4);
+    const std::uint64_t tileWidth = number(gridTileWidth, 4);
+    const std::uint64_t tileHeight = number(gridTileHeight, 4);
+    const std::uint64_t tileLeft = number(gridTileLeft, 4);
+    const std::uint64_t tileTop = number(gridTileTop, 4);
+    const std::uint64_t count = number(componentCount, 2);
     const bool makesSense = left < right && top < bottom && tileWidth > 0 && tileHeight > 0 &&
                             tileLeft <= left && tileTop <= top && count > 0;
     if (!makesSense) failForDamage(formatName, "its size makes no sense");
@@ -130,7 +148,7 @@ void Walker::walkSegments() {
     for (;;) {
         const std::uint64_t marker = number(at, 2);
         if (marker == endOfCodestream) return;
-        if (marker < 0xff00) failForDamage(formatName, "its segments make no sense");
+        if (marker < lowestMarker) failForDamage(formatName, "its segments make no sense");
         if (marker != tileData) {
             at = readSegment(marker, at);
             continue;

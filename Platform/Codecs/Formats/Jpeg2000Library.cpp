@@ -1,3 +1,5 @@
+// openjpeg's streams over bytes in memory. Its callbacks must not throw, so they note what went wrong.
+
 #include "Platform/Codecs/Formats/Jpeg2000Library.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Has openjpeg decode the picture, then brings components of any depth, sign and subsampling together to
+// pixels.
+
 #include "Platform/Codecs/Formats/Jpeg2000Reader.h"
 
 #include "Platform/Codecs/Formats/IsoBoxes.h"
@@ -14,7 +17,6 @@ namespace Imaging::Platform {
 namespace {
 
 constexpr std::string_view formatName = "JPEG 2000";
-constexpr double metresPerInch = 0.0254;
 
 // Numbers of colour spaces in the colour box (ISO/IEC 15444-1, I.5.3.3).
 constexpr std::uint64_t enumeratedCmyk = 12;

@@ -1,3 +1,6 @@
+// JPEG with libjpeg. Pictures come out as gray or RGB of 8 bits; CMYK and YCCK become RGB by the plain
+// product of convertInks, without their profile. A profile whose pieces do not fit together is left out.
+
 #include "Platform/Codecs/Formats/JpegCodec.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -14,8 +17,6 @@
 
 #include <jerror.h> // after jpeglib.h, whose settings decide on the numbers of the messages
 
-/// JPEG with libjpeg. Pictures come out as gray or RGB of 8 bits; CMYK and YCCK become RGB by the plain
-/// product of convertInks, without their profile. A profile whose pieces do not fit together is left out.
 namespace Imaging::Platform {
 
 namespace {

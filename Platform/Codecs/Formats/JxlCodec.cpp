@@ -1,3 +1,6 @@
+// JPEG XL with libjxl: gray or RGB, 8 bits where the file has no more than that and 16 otherwise, with
+// alpha; of an animation the first picture. Files are only read.
+
 #include "Platform/Codecs/Formats/JxlCodec.h"
 
 #include "Platform/Codecs/Formats/IsoBoxes.h"
@@ -11,8 +14,6 @@
 
 #include <jxl/decode.h>
 
-/// JPEG XL with libjxl: gray or RGB, 8 bits where the file has no more than that and 16 otherwise, with
-/// alpha; of an animation the first picture. Files are only read.
 namespace Imaging::Platform {
 
 namespace {

@@ -1,3 +1,7 @@
+// PNG with libpng. Gray of fewer than 8 bits becomes 8 bits, a palette RGB, and transparency alpha; colour
+// is multiplied by alpha with the rule of premultiplyRow. Samples are otherwise as stored: neither a gamma
+// nor a profile is applied, and an sRGB chunk alone gives no profile.
+
 #include "Platform/Codecs/Formats/PngCodec.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -13,9 +17,6 @@
 #include <cmath>
 #include <cstring>
 
-/// PNG with libpng. Gray of fewer than 8 bits becomes 8 bits, a palette RGB, and transparency alpha; colour
-/// is multiplied by alpha with the rule of premultiplyRow. Samples are otherwise as stored: neither a gamma
-/// nor a profile is applied, and an sRGB chunk alone gives no profile.
 namespace Imaging::Platform {
 
 namespace {

@@ -1,3 +1,10 @@
+// TIFF with libtiff: the first picture of a file in memory, both byte orders, BigTIFF too.
+//
+// What is written keeps every sample bit for bit and is not compressed, because TIFF is also how programs
+// hand pictures to one another in memory. A synthetic photograph of 12 megapixels (48 MB) takes 0.02 seconds
+// each way so; LZW with its predictor takes 0.5 and 0.15 for half of the size, deflate 4.5 and 0.1 for a
+// little less than that. Who wants small lossless files has PNG.
+
 #include "Platform/Codecs/Formats/TiffCodec.h"
 
 #include "Platform/Codecs/Formats/TiffHandle.h"
@@ -9,12 +16,6 @@
 #include <array>
 #include <limits>
 
-/// TIFF with libtiff: the first picture of a file in memory, both byte orders, BigTIFF too.
-///
-/// What is written keeps every sample bit for bit and is not compressed, because TIFF is also how programs
-/// hand pictures to one another in memory. A synthetic photograph of 12 megapixels (48 MB) takes 0.02 seconds
-/// each way so; LZW with its predictor takes 0.5 and 0.15 for half of the size, deflate 4.5 and 0.1 for a
-/// little less than that. Who wants small lossless files has PNG.
 namespace Imaging::Platform {
 
 namespace {

@@ -1,3 +1,6 @@
+// libtiff's file functions over bytes in memory, and its messages as our exceptions. Files are walked before
+// libtiff sees them, since it takes memory for what a file only claims.
+
 #include "Platform/Codecs/Formats/TiffHandle.h"
 
 #include "Platform/Codecs/Codec.h"

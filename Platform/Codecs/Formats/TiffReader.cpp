@@ -1,3 +1,6 @@
+// Takes samples as they are stored wherever their layout is one of ours, piece by piece; what needs more
+// than that libtiff converts to 32-bit pixels.
+
 #include "Platform/Codecs/Formats/TiffReader.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"

@@ -1,3 +1,6 @@
+// WebP with libwebp, lossy and lossless, as RGB of 8 bits with alpha where the file has it; of an animation
+// the first picture, on a transparent canvas. Files are only read.
+
 #include "Platform/Codecs/Formats/WebpCodec.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"
@@ -10,8 +13,6 @@
 #include <webp/decode.h>
 #include <webp/demux.h>
 
-/// WebP with libwebp, lossy and lossless, as RGB of 8 bits with alpha where the file has it; of an animation
-/// the first picture, on a transparent canvas. Files are only read.
 namespace Imaging::Platform {
 
 namespace {

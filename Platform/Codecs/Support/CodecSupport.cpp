@@ -1,3 +1,6 @@
+// The steps that codecs have in common: room for pixels within the limits, refusals in the same words for
+// every format, and numbers out of bytes.
+
 #include "Platform/Codecs/Support/CodecSupport.h"
 
 #include <algorithm>

@@ -32,6 +32,9 @@ DecodedPicture allocateUnwrittenPicture(PictureHeader header, const PictureLimit
 /// cannot be had.
 PixelBuffer allocateWorkingBytes(std::uint64_t size);
 
+/// For formats that count pixels by the metre.
+inline constexpr double metresPerInch = 0.0254;
+
 /// The unsigned number of `count` bytes (at most 8) at an offset. The bytes must be there.
 std::uint64_t littleEndian(ByteView bytes, std::size_t offset, std::size_t count);
 std::uint64_t bigEndian(ByteView bytes, std::size_t offset, std::size_t count);

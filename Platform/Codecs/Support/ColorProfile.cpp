@@ -14,9 +14,10 @@ namespace Imaging::Platform {
 
 namespace {
 
-// Offsets of two fields in the header of an ICC profile (ICC.1:2010, 7.2).
+// Offsets of fields in the header of an ICC profile (ICC.1:2010, 7.2).
 constexpr std::size_t profileHeaderSize = 128;
 constexpr std::size_t profileColorSpace = 16;
+constexpr std::size_t profileTime = 24;
 constexpr std::size_t profileSignature = 36;
 
 bool hasFourLetters(ByteView bytes, std::size_t offset, std::string_view letters) {
@@ -71,7 +72,7 @@ NSData savedProfile(const Profile& profile) {
     if (cmsSaveProfileToMem(profile.get(), bytes.data(), &size) == 0) throw std::bad_alloc();
     constexpr std::uint8_t time[] = {0x07, 0xe8, 0, 1, 0, 1,
                                      0,    0,    0, 0, 0, 0}; // 2024-01-01 (ICC.1:2010, 4.2)
-    std::copy(std::begin(time), std::end(time), bytes.begin() + 24);
+    std::copy(std::begin(time), std::end(time), bytes.begin() + profileTime);
     return bytes;
 }
 

@@ -1,3 +1,6 @@
+// Colours are counted in a table of cells, boxes of cells are cut in two where that helps most, their means
+// become the palette, and each pixel gets the nearest colour of it.
+
 #include "Platform/Codecs/Support/ColorReduction.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"

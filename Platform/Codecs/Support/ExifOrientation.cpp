@@ -1,3 +1,6 @@
+// Has libexif find three entries of a record that may be damaged. Everything that is not as it should be
+// counts as absent.
+
 #include "Platform/Codecs/Support/ExifOrientation.h"
 
 #include <libexif/exif-data.h>

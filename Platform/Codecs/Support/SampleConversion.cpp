@@ -1,3 +1,5 @@
+// Whole-number arithmetic on samples, written once for 8 and 16 bits.
+
 #include "Platform/Codecs/Support/SampleConversion.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// A row is copied and straightened when it is asked for, so that a picture to be written never exists a
+// second time.
+
 #include "Platform/Codecs/Support/StraightRows.h"
 
 #include "Platform/Codecs/Support/CodecSupport.h"

@@ -1,3 +1,6 @@
+// Also tests: Platform/Codecs/Codec.cpp
+// Also tests: Platform/Codecs/Formats/BuiltInCodecs.cpp
+
 #include "Tests/Platform/Codecs/CodecFixtures.h"
 
 #include <gmock/gmock.h>

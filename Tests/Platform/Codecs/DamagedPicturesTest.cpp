@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/Support/CodecSupport.cpp
+
 #include "Tests/Platform/Codecs/LaterFixtures.h"
 
 #include <gmock/gmock.h>

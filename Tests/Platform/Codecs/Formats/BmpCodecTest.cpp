@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/Formats/BmpReader.cpp
+
 #include "Tests/Platform/Codecs/LaterFixtures.h"
 
 #include <gmock/gmock.h>

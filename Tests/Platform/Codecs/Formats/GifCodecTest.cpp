@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/Support/ColorReduction.cpp
+
 #include "Platform/Codecs/ColorProfileName.h"
 #include "Tests/Platform/Codecs/LaterFixtures.h"
 

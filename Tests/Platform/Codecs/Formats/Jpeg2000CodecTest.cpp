@@ -1,3 +1,8 @@
+// Also tests: Platform/Codecs/Formats/IsoBoxes.cpp
+// Also tests: Platform/Codecs/Formats/Jpeg2000Codestream.cpp
+// Also tests: Platform/Codecs/Formats/Jpeg2000Library.cpp
+// Also tests: Platform/Codecs/Formats/Jpeg2000Reader.cpp
+
 #include "Tests/Platform/Codecs/LaterFixtures.h"
 
 #include <gmock/gmock.h>

@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/Formats/TiffHandle.cpp
+
 #include "Tests/Platform/Codecs/CodecFixtures.h"
 
 #include <gmock/gmock.h>

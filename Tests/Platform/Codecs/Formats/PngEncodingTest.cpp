@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/Support/StraightRows.cpp
+
 #include "Tests/Platform/Codecs/CodecFixtures.h"
 
 #include <gtest/gtest.h>

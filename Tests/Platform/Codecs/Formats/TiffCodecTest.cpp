@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/Formats/TiffReader.cpp
+
 #include "Tests/Platform/Codecs/CodecFixtures.h"
 
 #include <gmock/gmock.h>

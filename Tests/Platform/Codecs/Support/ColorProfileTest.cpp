@@ -1,3 +1,5 @@
+// Also tests: Platform/Codecs/ColorProfileName.cpp
+
 #include "Platform/Codecs/Support/ColorProfile.h"
 #include "Platform/Codecs/ColorProfileName.h"
 #include "Tests/Platform/Codecs/CodecFixtures.h"
