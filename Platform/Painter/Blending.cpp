@@ -1,3 +1,6 @@
+// The formulas in vector code for every instruction set, and in plain numbers for the tests. Rows that are
+// too short for a vector go through one that is filled up.
+
 #include "Platform/Painter/Blending.h"
 
 #include <algorithm>

@@ -12,9 +12,11 @@ namespace Imaging::Platform {
 /// How much of each pixel of an area is covered; outside of it none is. A view of rows of another owner.
 struct Coverage {
     PixelRect area;
-    const std::uint8_t* data =
-        nullptr;               ///< the byte of (area.left, area.top); null where all is covered wholly
-    std::ptrdiff_t stride = 0; ///< bytes from one row to the next
+
+    /// The byte of the pixel (area.left, area.top), rows `stride` bytes apart; null where all is covered
+    /// wholly.
+    const std::uint8_t* data = nullptr;
+    std::ptrdiff_t stride = 0;
 
     /// The coverage of row y from the area's left edge on, 255 for whole pixels; null where the whole row is.
     const std::uint8_t* row(int y) const {

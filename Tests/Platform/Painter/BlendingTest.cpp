@@ -1,6 +1,6 @@
 #include "Platform/Painter/Blending.h"
 
-#include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Pixels/CompositingOperation.h"
 #include "Tests/Platform/Pixels/VectorTargets.h"
 
 #include <gtest/gtest.h>
