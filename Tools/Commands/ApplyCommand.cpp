@@ -1,9 +1,9 @@
+#include "Show/Canvas.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Subcommand.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
-#include "Tools/Pictures/Canvas.h"
-#include "Tools/Pictures/Graph.h"
 #include "Tools/Pictures/Operations.h"
 
 #include <CLI/CLI.hpp>

@@ -1,10 +1,10 @@
+#include "Show/NodeGraph.h"
+#include "Show/Orientation.h"
 #include "Tools/Command/Subcommand.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
-#include "Tools/Pictures/Graph.h"
 #include "Tools/Pictures/GraphText.h"
 #include "Tools/Pictures/Operations.h"
-#include "Tools/Pictures/Orientation.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,10 +1,10 @@
+#include "Show/Canvas.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Subcommand.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFiles.h"
-#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <CLI/CLI.hpp>

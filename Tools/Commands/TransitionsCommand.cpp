@@ -1,6 +1,6 @@
+#include "Show/TransitionKinds.h"
 #include "Tools/Command/Subcommand.h"
 #include "Tools/Files/Output.h"
-#include "Tools/Film/TransitionKinds.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>

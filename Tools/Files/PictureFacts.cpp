@@ -1,9 +1,9 @@
 #include "Tools/Files/PictureFacts.h"
 
 #include "Platform/Foundation/KeyedArchiver.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
-#include "Tools/Pictures/Graph.h"
 
 #include <nlohmann/json.hpp>
 

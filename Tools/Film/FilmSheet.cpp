@@ -2,7 +2,7 @@
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
-#include "Tools/Pictures/Canvas.h"
+#include "Show/Canvas.h"
 
 #include <algorithm>
 #include <utility>

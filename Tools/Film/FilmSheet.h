@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Platform/Graphics/BitmapImageRep.h"
-#include "Tools/Film/FilmFrames.h"
-#include "Tools/Film/Show.h"
+#include "Show/Show.h"
+#include "Show/ShowFrames.h"
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/Film/Show.h"
+#include "Show/Show.h"
 
 #include <cstdint>
 #include <cstdio>

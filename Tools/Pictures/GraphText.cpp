@@ -1,6 +1,6 @@
 #include "Tools/Pictures/GraphText.h"
 
-#include "Tools/Pictures/Graph.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Pictures/NodeText.h"
 
 #include <cstdint>

@@ -9,8 +9,8 @@
 #include "Imaging/TransformOperations.h"
 #include "Imaging/Transpose.h"
 #include "Platform/Foundation/Exception.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
-#include "Tools/Pictures/Graph.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tools/Pictures/FramedNode.h"
+#include "Show/FramedNode.h"
 
 #include <functional>
 #include <memory>

@@ -2,8 +2,8 @@
 
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Graphics/Color.h"
+#include "Show/Canvas.h"
 #include "Tools/Command/Values.h"
-#include "Tools/Pictures/Canvas.h"
 
 #include <cstddef>
 #include <cstdint>

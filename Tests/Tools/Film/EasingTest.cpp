@@ -1,4 +1,4 @@
-#include "Tools/Film/Easing.h"
+#include "Show/Easing.h"
 
 #include "Tools/Command/Messages.h"
 

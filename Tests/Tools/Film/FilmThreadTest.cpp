@@ -1,10 +1,10 @@
 #include "Imaging/Image.h"
 #include "Platform/Graphics/Color.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Show/ShowPictures.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
-#include "Tools/Film/FilmPictures.h"
 #include "Tools/Film/FrameQueue.h"
 #include "Tools/Film/NumberedFramesSink.h"
 

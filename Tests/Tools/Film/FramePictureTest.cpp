@@ -1,11 +1,11 @@
-#include "Tools/Film/FramePicture.h"
+#include "Show/FramedPicture.h"
 
 #include "Imaging/CachedImage.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Show/Canvas.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
-#include "Tools/Pictures/Canvas.h"
 
 #include <gmock/gmock.h>
 

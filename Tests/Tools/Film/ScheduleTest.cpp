@@ -1,4 +1,4 @@
-#include "Tools/Film/Show.h"
+#include "Show/Show.h"
 
 #include "Tools/Command/Messages.h"
 

@@ -1,9 +1,9 @@
 #include "Tools/Film/ShowFile.h"
 
+#include "Show/FramedPicture.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
-#include "Tools/Film/FramePicture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "Tools/Film/TransitionKinds.h"
+#include "Show/TransitionKinds.h"
 
 #include "Tools/Command/Messages.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Tools/Film/FilmPictures.h"
-#include "Tools/Film/Show.h"
+#include "Show/Show.h"
+#include "Show/ShowPictures.h"
 
 #include <cstdint>
 #include <functional>

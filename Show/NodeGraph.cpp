@@ -1,4 +1,4 @@
-#include "Tools/Pictures/Graph.h"
+#include "Show/NodeGraph.h"
 
 #include "Imaging/CropAndScale.h"
 #include "Imaging/PixelOperation.h"

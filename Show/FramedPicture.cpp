@@ -1,13 +1,13 @@
-#include "Tools/Film/FramePicture.h"
+#include "Show/FramedPicture.h"
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/CropAndScale.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Show/Canvas.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
-#include "Tools/Pictures/Canvas.h"
-#include "Tools/Pictures/Graph.h"
 
 #include <cmath>
 

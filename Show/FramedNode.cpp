@@ -1,4 +1,4 @@
-#include "Tools/Pictures/FramedNode.h"
+#include "Show/FramedNode.h"
 
 #include "Imaging/Bounds.h"
 #include "Imaging/CachedImage.h"
@@ -8,10 +8,10 @@
 #include "Imaging/TransformOperations.h"
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Show/Canvas.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
-#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <cmath>

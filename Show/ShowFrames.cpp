@@ -1,8 +1,8 @@
-#include "Tools/Film/FilmFrames.h"
+#include "Show/ShowFrames.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Show/Canvas.h"
 #include "Tools/Film/FrameQueue.h"
-#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
+#include "Show/TransitionKinds.h"
 #include "Tools/Command/Messages.h"
-#include "Tools/Film/TransitionKinds.h"
 
 #include <algorithm>
 

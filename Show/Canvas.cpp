@@ -1,12 +1,12 @@
-#include "Tools/Pictures/Canvas.h"
+#include "Show/Canvas.h"
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
+#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
-#include "Tools/Pictures/Graph.h"
 
 #include <algorithm>
 #include <cmath>

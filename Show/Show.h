@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Platform/Graphics/Color.h"
+#include "Show/Easing.h"
+#include "Show/TransitionKinds.h"
 #include "Tools/Command/Values.h"
-#include "Tools/Film/Easing.h"
-#include "Tools/Film/TransitionKinds.h"
 #include "Tools/Pictures/Operations.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "Tools/Pictures/Orientation.h"
+#include "Show/Orientation.h"
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/Transpose.h"

@@ -3,8 +3,8 @@
 #include "Imaging/Image.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/Color.h"
+#include "Show/Orientation.h"
 #include "Tools/Command/Values.h"
-#include "Tools/Pictures/Orientation.h"
 
 #include <functional>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "Tools/Film/FilmPictures.h"
+#include "Show/ShowPictures.h"
 
 #include "Tools/Command/Threads.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Imaging/Image.h"
-#include "Tools/Film/Show.h"
+#include "Show/Show.h"
 
 #include <memory>
 

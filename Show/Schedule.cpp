@@ -1,5 +1,5 @@
+#include "Show/Show.h"
 #include "Tools/Command/Messages.h"
-#include "Tools/Film/Show.h"
 
 #include <algorithm>
 #include <cmath>
