@@ -1,12 +1,12 @@
 #include "Imaging/Generators.h"
 #include "Imaging/GraphicsUtilities.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Show/Canvas.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Subcommand.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/Page.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,4 +1,4 @@
-#include "Show/Canvas.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Subcommand.h"

@@ -1,4 +1,3 @@
-#include "Show/FramedPicture.h"
 #include "Show/ShowFrames.h"
 #include "Show/ShowPictures.h"
 #include "Tools/Command/Messages.h"
@@ -11,6 +10,7 @@
 #include "Tools/Film/PictureCheck.h"
 #include "Tools/Film/ShowOptions.h"
 #include "Tools/Film/ShowPlan.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
@@ -69,7 +69,7 @@ private:
     FrameRange checkedRange(const Schedule& schedule) const;
     void dropBadPictures(Show& show, const PictureCheck& check) const;
     void makeAll(const Show& show, const Schedule& schedule, FrameRange range, const PictureCheck& check);
-    void makeFilm(const Show& show, const FilmFrames& frames, FrameRange range, FilmPictures& pictures,
+    void makeFilm(const Show& show, const ShowFrames& frames, FrameRange range, ShowPictures& pictures,
                   std::uint64_t lastFrame, FilmSheet* sheet) const;
     void tell(const Json& line) const;
 
@@ -144,9 +144,9 @@ void ShowCommand::dropBadPictures(Show& show, const PictureCheck& check) const {
     }
 }
 
-void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRange range,
-                           FilmPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
-    const auto addToSheet = [&](const FilmFrames::Frame& frame) {
+void ShowCommand::makeFilm(const Show& show, const ShowFrames& frames, FrameRange range,
+                           ShowPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
+    const auto addToSheet = [&](const ShowFrames::Frame& frame) {
         if (sheet != nullptr) sheet->add(frame);
     };
     if (m_output.path.empty()) return frames.forEach(pictures, addToSheet);
@@ -159,7 +159,7 @@ void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRang
                       : onTerminal ? FilmProgress::Form::Bar
                                    : FilmProgress::Form::Nothing;
     FilmProgress progress(form, range.count, [&queue] { return queue.written(); });
-    frames.forEach(pictures, [&](const FilmFrames::Frame& frame) {
+    frames.forEach(pictures, [&](const ShowFrames::Frame& frame) {
         std::unique_ptr<FrameBuffer> buffer = queue.take();
         drawFrame(*frame.node, *buffer);
         queue.give(std::move(buffer), frame.times);
@@ -174,7 +174,7 @@ void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRang
 
 void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange range,
                           const PictureCheck& check) {
-    const FilmFrames frames(show, schedule, range.first, range.count);
+    const ShowFrames frames(show, schedule, range.first, range.count);
     const auto load = [&](std::size_t index) {
         ShowPicture picture = show.pictures[index];
         picture.name = check.source(picture.name);
@@ -184,7 +184,7 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
             throw Failure(check.nameOf(failure.subject()), failure.what());
         }
     };
-    FilmPictures pictures(frames.pictures(), load);
+    ShowPictures pictures(frames.pictures(), load);
     const std::uint64_t lastFrame = schedule.frameCount() - 1;
     if (m_sheet.path.empty()) return makeFilm(show, frames, range, pictures, lastFrame, nullptr);
     FilmSheet sheet(show, sheetFrames(schedule, range.first, range.count));
@@ -199,15 +199,15 @@ ExitStatus ShowCommand::run() {
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});
     if (!m_output.path.empty() || (m_sheet.path.empty() && !m_dry_run)) m_output.check(show.size);
     if (m_dry_run) {
-        const Schedule schedule(show);
+        const Schedule schedule = scheduleOf(show);
         checkedRange(schedule);
         writeStandardOutput(m_json ? dryRunJson(show, schedule) : dryRunText(show, schedule));
         return Done;
     }
-    checkedRange(Schedule(show));
+    checkedRange(scheduleOf(show));
     const PictureCheck check(show.pictures, quiet());
     dropBadPictures(show, check);
-    const Schedule schedule(show);
+    const Schedule schedule = scheduleOf(show);
     const FrameRange range = checkedRange(schedule);
     tell({{"event", "start"},
           {"frames", range.count},

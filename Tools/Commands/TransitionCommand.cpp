@@ -1,7 +1,5 @@
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Text.h"
-#include "Show/Canvas.h"
-#include "Show/FramedPicture.h"
 #include "Show/Show.h"
 #include "Show/ShowFrames.h"
 #include "Show/TransitionKinds.h"
@@ -11,6 +9,8 @@
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/ShowSettings.h"
+#include "Tools/Film/ShowWords.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <CLI/CLI.hpp>

@@ -2,7 +2,9 @@
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Pixels/PixelBuffer.h"
+#include "Show/ShowFrames.h"
 #include "Tools/Command/Threads.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <cairo.h>
@@ -42,6 +44,11 @@ FrameBuffer::~FrameBuffer() = default;
 FrameView FrameBuffer::view() const {
     cairo_surface_flush(m_surface->surface);
     return {m_surface->data(), static_cast<std::size_t>(m_size.width)};
+}
+
+void drawFrame(IMGImage& node, FrameBuffer& frame) {
+    const CurrentContextScope current(frame.context());
+    drawFrame(node, frame.size());
 }
 
 FrameQueue::FrameQueue(FilmSink& sink, PixelSize size, std::size_t buffers)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Imaging/Image.h"
 #include "Tools/Command/Values.h"
 #include "Tools/Film/FilmSink.h"
 
@@ -41,6 +42,9 @@ private:
     std::unique_ptr<Surface> m_surface;
     std::shared_ptr<Platform::NSGraphicsContext> m_context;
 };
+
+/// Draws a frame of a show, all of which becomes opaque.
+void drawFrame(IMGImage& node, FrameBuffer& frame);
 
 /// Hands frames to a sink on a thread of its own, so that the next one is drawn while one is written:
 ///

@@ -2,11 +2,11 @@
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Foundation/KeyedArchiver.h"
-#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Threads.h"
 #include "Tools/Files/Input.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <atomic>

@@ -5,6 +5,7 @@
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFiles.h"
 #include "Tools/Film/ShowFile.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <CLI/CLI.hpp>
 
@@ -92,7 +93,8 @@ ShowSettings ShowOptions::settings() const {
     settings.loop = raised(m_loop);
     settings.asStored = raised(m_as_stored);
     if (!m_transition.empty()) {
-        static_cast<void>(TransitionChoice(m_transition, "--transition", 0)); // only to see that it can be
+        static_cast<void>(
+            parseTransitionChoice(m_transition, "--transition", 0)); // only to see that it can be
         settings.transition = m_transition;
     }
     return settings;

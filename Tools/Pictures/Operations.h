@@ -15,16 +15,14 @@ class App;
 /// given.
 namespace Imaging::Tool {
 
-/// One step, ready to be carried out. It throws a Failure when the picture is not fit for it.
-using Step = std::function<void(FramedNode&)>;
-
 /// An operation as people know it. Each is one entry of a table; nothing else has to be changed for one more.
 struct Operation {
     std::string name;     ///< the option, such as "--rotate"
     std::string typeName; ///< what its value is called in the help; empty for an option without value
     std::string help;     ///< in lines of at most 52 characters
 
-    /// Makes a step of the values. Throws a UsageError; reads no files, so that nothing is read before all
+    /// Makes a step of the values, which throws a Failure or an NSException when the picture is not fit for
+    /// it. Throws a UsageError; reads no files, so that nothing is read before all
     /// arguments are right (a step may).
     std::function<Step(const std::string& value, const std::string& modifier)> parse;
 

@@ -6,6 +6,7 @@
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/KernelFile.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/Operations.h"
 
 #include <cmath>
@@ -118,7 +119,8 @@ std::string inWords(PixelSize size, const std::string& between) {
 
 /// The gray of a picture as a mask of the size that another one has.
 std::shared_ptr<IMGImage> loadMask(const std::string& path, const FramedNode& picture) {
-    FramedNode mask(loadNode(path), path);
+    const std::shared_ptr<IMGImage> node = loadNode(path);
+    FramedNode mask = processed(node, path, {});
     const PixelSize own = mask.size();
     const PixelSize needed = picture.size();
     if (own.width != needed.width || own.height != needed.height) {
@@ -128,7 +130,7 @@ std::shared_ptr<IMGImage> loadMask(const std::string& path, const FramedNode& pi
                                            "'imaging apply MASK --scale " +
                                            inWords(needed, "x") + " --fit stretch -o OUT.png'");
     }
-    mask.recompute();
+    naming(path, [&] { mask.recompute(); });
     return mask.node();
 }
 

@@ -2,7 +2,7 @@
 
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Graphics/Color.h"
-#include "Show/Canvas.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Command/Values.h"
 
 #include <cstddef>
