@@ -36,7 +36,8 @@ a FOLDER/ for numbered pictures (frame-000001.png), which is made where it is
 missing. '-' with --format raw writes frames as they are to standard output.
 
 All pictures are read once before anything is drawn, and those that are bad
-are named; no film is made then, unless --skip-bad is given. When the command
+or not fit for their operations are named; no film is made then, unless
+--skip-bad is given. When the command
 is stopped nothing of a film is left.
 
 With --frames a part of the film is made whose frames are those of the whole,
@@ -98,8 +99,8 @@ void ShowCommand::declare(CLI::App& app) {
     app.add_flag("--json", m_json, "Tell the progress, or the plan, as lines of JSON")
         ->disable_flag_override();
     app.add_flag("--skip-bad", m_skip_bad,
-                 "Go on without pictures that cannot be read; they are\n"
-                 "still named")
+                 "Go on without pictures that cannot be read, or not be\n"
+                 "treated as a show file asks; they are still named")
         ->disable_flag_override();
 }
 
@@ -134,13 +135,14 @@ void ShowCommand::tell(const Json& line) const {
 void ShowCommand::dropBadPictures(Show& show, const PictureCheck& check) const {
     const std::vector<BadPicture>& bad = check.badPictures();
     if (bad.empty()) return;
-    std::erase_if(show.pictures, [&](const ShowPicture& picture) { return check.isBad(picture.name); });
+    std::size_t number = 0;
+    std::erase_if(show.pictures, [&](const ShowPicture&) { return check.isBad(number++); });
     const bool goesOn = m_skip_bad && !show.pictures.empty();
     for (std::size_t i = 0; i < bad.size(); ++i) {
         // The last one ends the command.
         if (!goesOn && i + 1 == bad.size()) throw Failure(bad[i].name, bad[i].why);
         report(bad[i].name, bad[i].why);
-        tell({{"event", "bad-picture"}, {"picture", bad[i].name}, {"why", bad[i].why}});
+        if (!m_dry_run) tell({{"event", "bad-picture"}, {"picture", bad[i].name}, {"why", bad[i].why}});
     }
 }
 
@@ -199,13 +201,15 @@ ExitStatus ShowCommand::run() {
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});
     if (!m_output.path.empty() || (m_sheet.path.empty() && !m_dry_run)) m_output.check(show.size);
     if (m_dry_run) {
+        checkedRange(scheduleOf(show));
+        dropBadPictures(show, PictureCheck(show, quiet(), PictureCheck::Extent::ThoseWithOperations));
         const Schedule schedule = scheduleOf(show);
         checkedRange(schedule);
         writeStandardOutput(m_json ? dryRunJson(show, schedule) : dryRunText(show, schedule));
         return Done;
     }
     checkedRange(scheduleOf(show));
-    const PictureCheck check(show.pictures, quiet());
+    const PictureCheck check(show, quiet());
     dropBadPictures(show, check);
     const Schedule schedule = scheduleOf(show);
     const FrameRange range = checkedRange(schedule);
