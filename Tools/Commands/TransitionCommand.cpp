@@ -16,8 +16,8 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <map>
 
 namespace Imaging::Tool {
 
@@ -102,10 +102,8 @@ private:
 
     PictureOutput m_output;
     std::string m_kind;
-    std::string m_direction;
-    std::string m_in_out;
-    std::string m_color;
-    std::string m_balance;
+    std::map<std::string, std::string>
+        m_parameters; ///< of whatever kinds there are, by name; empty: not given
     std::string m_weights = "5";
     std::string m_easing = "linear";
     std::string m_cell = "480x270";
@@ -114,16 +112,29 @@ private:
     std::string m_background = "black";
 };
 
+std::string typeNameOf(const TransitionParameter& parameter) {
+    switch (parameter.type) {
+    case TransitionParameter::Type::Word:
+        return "WORD";
+    case TransitionParameter::Type::Color:
+        return "COLOR";
+    default:
+        return "N";
+    }
+}
+
 void TransitionCommand::declare(CLI::App& app) {
     app.add_option("--kind", m_kind,
                    "The transition, with parameters or without:\n"
                    "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
                    "lists them")
         ->type_name("NAME");
-    app.add_option("--direction", m_direction, "The parameter direction, such as left")->type_name("WAY");
-    app.add_option("--in-out,--inout", m_in_out, "The parameter inout: in or out")->type_name("WORD");
-    app.add_option("--color", m_color, "The parameter color")->type_name("COLOR");
-    app.add_option("--balance", m_balance, "The parameter balance, -1 to 1")->type_name("N");
+    for (const TransitionParameter& parameter : transitionParameters()) {
+        const std::string& name = parameter.name;
+        app.add_option(name == "inout" ? "--in-out,--inout" : "--" + name, m_parameters[name],
+                       "The parameter " + name + ", such as " + parameter.byDefault)
+            ->type_name(typeNameOf(parameter));
+    }
     declareFrames(app);
     m_output.declareWhere(app, "sheet", "SHEET");
     m_output.declareHow(app);
@@ -153,14 +164,12 @@ Transition TransitionCommand::checkedTransition() const {
         throw UsageError("the transition is missing: --kind NAME; known are " +
                          enumeration(drawnKindNames()));
     auto [name, settings] = splitTransition(m_kind, "--kind");
-    const std::array<std::pair<std::string, const std::string*>, 4> options = {
-        {{"direction", &m_direction}, {"inout", &m_in_out}, {"color", &m_color}, {"balance", &m_balance}}};
-    for (const auto& [parameter, value] : options) {
-        if (value->empty()) continue;
+    for (const auto& [parameter, value] : m_parameters) {
+        if (value.empty()) continue;
         // What an option says counts more than what stands behind the name.
         std::erase_if(settings,
                       [&wanted = parameter](const auto& setting) { return setting.first == wanted; });
-        settings.emplace_back(parameter, *value);
+        settings.emplace_back(parameter, value);
     }
     return makeTransition(name, settings, "--kind");
 }
