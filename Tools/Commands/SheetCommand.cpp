@@ -1,10 +1,10 @@
-#include "Tools/Pictures/Canvas.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Subcommand.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFiles.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <CLI/CLI.hpp>
@@ -51,11 +51,11 @@ protected:
 
 private:
     PixelSize checkedCell() const;
-    Frame checkedFrame(PixelSize cell) const;
+    Border checkedBorder(PixelSize cell) const;
     std::vector<std::string> names() const;
     std::optional<Drawing> drawingFor(const std::string& name) const;
     std::size_t drawAll(const std::vector<std::string>& names, const SheetLayout& layout,
-                        const Frame& frame) const;
+                        const Border& border) const;
 
     PictureOutput m_output;
     std::string m_columns;
@@ -98,7 +98,7 @@ PixelSize SheetCommand::checkedCell() const {
                      std::to_string(smallestCell) + " pixels");
 }
 
-Frame SheetCommand::checkedFrame(PixelSize cell) const {
+Border SheetCommand::checkedBorder(PixelSize cell) const {
     const std::int64_t side = std::min(cell.width, cell.height);
     if (m_frame == "none") return {};
     if (m_frame.empty()) return {std::max<std::int64_t>(1, side / 40), NSColor::whiteColor()};
@@ -138,13 +138,13 @@ std::optional<Drawing> SheetCommand::drawingFor(const std::string& name) const {
 
 /// Draws one picture after another, of which each is let go of before the next is read. Gives their number.
 std::size_t SheetCommand::drawAll(const std::vector<std::string>& names, const SheetLayout& layout,
-                                  const Frame& frame) const {
+                                  const Border& border) const {
     Progress progress(names.size(), quiet());
     std::size_t drawn = 0;
     for (const std::string& name : names) {
         progress.beginStep(shownName(name));
         const std::optional<Drawing> drawing = drawingFor(name);
-        if (drawing.has_value()) drawFramed(*drawing, layout.cell(drawn++), frame, layout.gap());
+        if (drawing.has_value()) drawBordered(*drawing, layout.cell(drawn++), border, layout.gap());
     }
     return drawn;
 }
@@ -153,7 +153,7 @@ ExitStatus SheetCommand::run() {
     operands("a picture or folder");
     const OutputFormat format = m_output.checkedFormat();
     const PixelSize cell = checkedCell();
-    const Frame frame = checkedFrame(cell);
+    const Border border = checkedBorder(cell);
     const NSColor background = parseColor(m_background, "--background");
     const std::int64_t columns = m_columns.empty() ? 0 : parseNumber(m_columns, "--columns", 1, 1000);
 
@@ -164,7 +164,7 @@ ExitStatus SheetCommand::run() {
             const NSRect whole = layout.used(pictures.size());
             if (!format.hasAlpha) paint(whole, NSColor::whiteColor());
             paint(whole, background);
-            const std::size_t drawn = drawAll(pictures, layout, frame);
+            const std::size_t drawn = drawAll(pictures, layout, border);
             if (drawn == 0) throw Failure(shownPath(m_output.path), "none of the pictures can be read");
             return layout.used(drawn);
         });
