@@ -1,11 +1,14 @@
+// Cubes, so that a transition sets off and arrives softly; the other ways are the same curve turned about.
+
 #include "Show/Easing.h"
 
-#include "Tools/Command/Values.h"
+#include "Platform/Foundation/Exception.h"
+#include "Show/KnownWords.h"
 
 #include <utility>
 #include <vector>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
 namespace {
 
@@ -32,8 +35,13 @@ double eased(Easing easing, double time) {
     }
 }
 
-Easing parseEasing(const std::string& text, const std::string& option) {
-    return parseWord(text, option, "easing", easingWords());
+Easing easingNamed(const std::string& text) {
+    std::vector<std::string> known;
+    for (const auto& [word, meaning] : easingWords()) {
+        if (word == text) return meaning;
+        known.push_back(word);
+    }
+    throw Platform::NSException(Platform::NSInvalidArgumentException, unknownWord("easing", text, known));
 }
 
 std::string textOf(Easing easing) {
@@ -43,4 +51,4 @@ std::string textOf(Easing easing) {
     return {};
 }
 
-} // namespace Imaging::Tool
+} // namespace Imaging

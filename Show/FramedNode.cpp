@@ -1,5 +1,6 @@
 // Steps that only place a picture become nodes and are drawn once at the end; steps on its numbers want plain
 // sRGB pixels, so what stands before them is drawn first where it has to be.
+// What lies beyond the frame is cut as late as possible, since a canvas may still show it.
 
 #include "Show/FramedNode.h"
 
@@ -8,23 +9,23 @@
 #include "Imaging/Canvas.h"
 #include "Imaging/CropAndScale.h"
 #include "Imaging/TransformOperations.h"
+#include "Imaging/Transpose.h"
 #include "Platform/Codecs/ColorProfileName.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Show/Canvas.h"
-#include "Tools/Command/Messages.h"
-#include "Tools/Files/Input.h"
-#include "Tools/Files/Output.h"
+#include "Show/NodeGraph.h"
+#include "Show/OpaqueBitmap.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 #include <variant>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
-using Imaging::IMGCropAndScale;
-using Imaging::IMGImage;
 using Platform::NSAffineTransform;
+using Platform::NSException;
 using Platform::NSMakeRect;
 using Platform::NSPoint;
 using Platform::NSRect;
@@ -41,7 +42,7 @@ NSRect inWholePixels(NSRect rect) {
 
 /// The smallest rectangle around a transformed one. Unlike a node's bounds it is exact everywhere.
 NSRect rectAround(NSRect rect, const NSAffineTransform& transform) {
-    const auto bounds = Imaging::IMGBounds::boundsWithRect(rect, transform);
+    const auto bounds = IMGBounds::boundsWithRect(rect, transform);
     const auto [left, right] =
         std::minmax({bounds.bottomLeft().x, bounds.bottomRight().x, bounds.topLeft().x, bounds.topRight().x});
     const auto [bottom, top] =
@@ -52,8 +53,8 @@ NSRect rectAround(NSRect rect, const NSAffineTransform& transform) {
 /// Whether a node's picture has colours of another space than sRGB, which operations on its numbers would
 /// take for sRGB.
 bool hasOtherColors(IMGImage& node) {
-    if (dynamic_cast<const Imaging::IMGImageFromNSImage*>(&node) == nullptr) return false;
-    const std::shared_ptr<Imaging::CCImage> picture = node.untransformedImage();
+    if (dynamic_cast<const IMGImageFromNSImage*>(&node) == nullptr) return false;
+    const std::shared_ptr<CCImage> picture = node.untransformedImage();
     if (picture == nullptr || picture->nsImage() == nullptr) return false;
     const auto bitmap =
         std::dynamic_pointer_cast<Platform::NSBitmapImageRep>(picture->nsImage()->bestRepresentation());
@@ -65,12 +66,42 @@ bool hasOtherColors(IMGImage& node) {
 
 std::string numberInWords(double number) { return std::to_string(std::llround(number)); }
 
+/// Pixels that are never touched, and so take no memory.
+std::shared_ptr<Platform::NSBitmapImageRep> blankBitmap(PixelSize size) {
+    auto bitmap = Platform::NSBitmapImageRep::bitmapWithDescription(
+        {.pixelsWide = size.width, .pixelsHigh = size.height});
+    if (bitmap == nullptr)
+        throw NSException(Platform::NSGenericException, "there is not enough memory for it");
+    return bitmap;
+}
+
 } // namespace
 
-FramedNode::FramedNode(std::shared_ptr<IMGImage> node, std::string name)
+FramedNode::FramedNode(std::shared_ptr<IMGImage> node, std::string name, std::string advice)
     : m_node(std::move(node)),
       m_name(std::move(name)),
-      m_frame(inWholePixels(drawableBounds(*m_node, m_name))) {}
+      m_advice(std::move(advice)),
+      m_frame(inWholePixels(drawableBounds(*m_node))) {}
+
+FramedNode FramedNode::outline(std::shared_ptr<IMGImage> blank, std::string name, std::string advice,
+                               bool mayLetThrough) {
+    FramedNode picture(std::move(blank), std::move(name), std::move(advice));
+    const bool isPlain = dynamic_cast<const IMGImageFromNSImage*>(picture.m_node.get()) != nullptr;
+    // The layout of what is turned upright is only asked for once that was drawn.
+    const IMGBitmapFormat layout = isPlain ? picture.layout() : IMGBitmapFormatUnknown;
+    picture.m_outline = Outline{layout, mayLetThrough};
+    return picture;
+}
+
+NeedsPixels::NeedsPixels()
+    : Platform::NSException(Platform::NSInternalInconsistencyException,
+                            "the picture is only an outline, and its pixels would be needed") {}
+
+NeedsPixels::~NeedsPixels() = default;
+
+void FramedNode::noteWhetherOpaque(bool staysOpaque) {
+    if (m_outline.has_value() && !staysOpaque) m_outline->mayLetThrough = true;
+}
 
 PixelSize FramedNode::size() const {
     return {std::llround(m_frame.size.width), std::llround(m_frame.size.height)};
@@ -80,21 +111,27 @@ NSPoint FramedNode::middle() const { return {Platform::NSMidX(m_frame), Platform
 
 void FramedNode::cut() {
     if (m_beyond == Beyond::Nothing) return;
-    m_node =
-        IMGCropAndScale::cropWithSourceImage(m_node, m_frame, m_frame.size, Imaging::SCALE_TO_FILL, true);
+    m_node = IMGCropAndScale::cropWithSourceImage(m_node, m_frame, m_frame.size, SCALE_TO_FILL, true);
     m_frame.origin = Platform::NSZeroPoint;
     m_beyond = Beyond::Nothing;
 }
 
 void FramedNode::adoptTurned(std::shared_ptr<IMGImage> node) {
     m_node = std::move(node);
+    noteWhetherOpaque(dynamic_cast<const IMGTransposeOp*>(m_node.get()) != nullptr);
     m_frame = inWholePixels(rectAround(m_frame, m_node->transform()));
 }
 
 void FramedNode::recompute() {
     cut();
     if (m_node->hasOwnPixels() && !hasOtherColors(*m_node)) return;
-    adoptBitmap(drawnOnCanvas(size(), shownName(m_name), "--scale or --crop it to a smaller size", [this] {
+    if (m_outline.has_value()) {
+        requireCanvas(size(), m_advice);
+        adoptBitmap(blankBitmap(size()));
+        m_outline->layout = IMGBitmapFormatRGBA;
+        return;
+    }
+    adoptBitmap(drawnOnCanvas(size(), m_advice, [this] {
         draw();
         return NSRect{Platform::NSZeroPoint, m_frame.size};
     }));
@@ -103,33 +140,42 @@ void FramedNode::recompute() {
 void FramedNode::adoptBitmap(std::shared_ptr<Platform::NSBitmapImageRep> bitmap) {
     const auto picture = std::make_shared<Platform::NSImage>(bitmap->size());
     picture->addRepresentation(std::move(bitmap));
-    m_node = Imaging::imagingImage(picture);
+    m_node = imagingImage(picture);
     m_frame.origin = Platform::NSZeroPoint;
 }
 
 std::shared_ptr<Platform::NSBitmapImageRep> FramedNode::bitmap() const {
-    const std::shared_ptr<Imaging::CCImage> result = m_node->untransformedImage();
+    const std::shared_ptr<CCImage> result = m_node->untransformedImage();
     const auto bitmap = result != nullptr && result->nsImage() != nullptr
-                            ? Imaging::bitmapRepresentationWithCanonicalFormat(*result->nsImage())
+                            ? bitmapRepresentationWithCanonicalFormat(*result->nsImage())
                             : nullptr;
     if (bitmap == nullptr)
-        throw Failure(shownName(m_name), "its pixels could not be computed; memory is short");
+        throw NSException(Platform::NSGenericException, "its pixels could not be computed; memory is short");
     return bitmap;
 }
 
-Imaging::IMGBitmapFormat FramedNode::layout() const { return Imaging::imgBitmapFormat(*bitmap()); }
+IMGBitmapFormat FramedNode::layout() const {
+    return m_outline.has_value() ? m_outline->layout : imgBitmapFormat(*bitmap());
+}
 
 void FramedNode::dropNeedlessAlpha() {
+    if (m_outline.has_value()) {
+        if (m_outline->layout != IMGBitmapFormatRGBA) return;
+        if (m_outline->mayLetThrough) throw NeedsPixels();
+        m_outline->layout = IMGBitmapFormatRGB;
+        return;
+    }
     const std::shared_ptr<Platform::NSBitmapImageRep> whole = bitmap();
-    if (Imaging::imgBitmapFormat(*whole) != Imaging::IMGBitmapFormatRGBA) return;
+    if (imgBitmapFormat(*whole) != IMGBitmapFormatRGBA) return;
     if (auto opaque = withoutNeedlessAlpha(*whole)) adoptBitmap(std::move(opaque));
 }
 
 void FramedNode::move(double right, double down) {
     if (m_beyond == Beyond::Covered) cut();
     const NSPoint shift = {static_cast<float>(right), static_cast<float>(-down)};
-    m_node = Imaging::IMGTranslationOp::translationBy(shift, m_node);
+    m_node = IMGTranslationOp::translationBy(shift, m_node);
     m_beyond = Beyond::Moved;
+    noteWhetherOpaque(false);
 }
 
 void FramedNode::crop(double left, double top, double width, double height) {
@@ -137,29 +183,33 @@ void FramedNode::crop(double left, double top, double width, double height) {
     const bool isInside = left < static_cast<double>(own.width) && top < static_cast<double>(own.height) &&
                           left + width > 0 && top + height > 0;
     if (!isInside) {
-        throw Failure(shownName(m_name),
-                      "--crop: the " + numberInWords(width) + " x " + numberInWords(height) + " pixels at " +
-                          numberInWords(left) + "," + numberInWords(top) +
-                          " lie outside the picture, which is " + std::to_string(own.width) + " x " +
-                          std::to_string(own.height) + " pixels there; choose a place inside");
+        throw NSException(Platform::NSInvalidArgumentException,
+                          "the " + numberInWords(width) + " x " + numberInWords(height) + " pixels at " +
+                              numberInWords(left) + "," + numberInWords(top) +
+                              " lie outside the picture, which is " + std::to_string(own.width) + " x " +
+                              std::to_string(own.height) + " pixels there; choose a place inside");
     }
+    noteWhetherOpaque(left >= 0 && top >= 0 && left + width <= static_cast<double>(own.width) &&
+                      top + height <= static_cast<double>(own.height));
     cut();
     const NSSize target = {static_cast<float>(width), static_cast<float>(height)};
     const NSRect area = {{m_frame.origin.x + static_cast<float>(left),
                           Platform::NSMaxY(m_frame) - static_cast<float>(top) - target.height},
                          target};
-    m_node = IMGCropAndScale::cropWithSourceImage(m_node, area, target, Imaging::SCALE_TO_FILL, true);
+    m_node = IMGCropAndScale::cropWithSourceImage(m_node, area, target, SCALE_TO_FILL, true);
     m_frame = {Platform::NSZeroPoint, target};
 }
 
 void FramedNode::scale(PixelSize asked, std::int32_t scaling) {
     const PixelSize own = size();
     const PixelSize target = completedSize(asked, own);
+    const bool isSameShape = own.width * target.height == own.height * target.width;
+    noteWhetherOpaque(scaling == SCALE_TO_FILL || (scaling == SCALE_PROPORTIONALLY && isSameShape));
     const bool doClip = m_beyond != Beyond::Nothing;
     m_node = IMGCropAndScale::cropWithSourceImage(m_node, m_frame, floats(target), scaling, doClip);
     m_frame = {Platform::NSZeroPoint, floats(target)};
     m_beyond = Beyond::Nothing;
-    if (scaling != Imaging::SCALE_NONE) return;
+    if (scaling != SCALE_NONE) return;
     // The node puts the middle of the picture on (0, 0). The frame goes around it a whole number of pixels
     // away from the picture's edges, half a pixel to the left and down where there is one too many.
     const auto origin = [](std::int64_t picture, std::int64_t frame) {
@@ -176,17 +226,19 @@ void FramedNode::putOnCanvas(PixelSize asked) {
     const PixelSize own = size();
     const NSSize canvas = floats(asked);
     const NSPoint shift = {-m_frame.origin.x, canvas.height - Platform::NSMaxY(m_frame)};
-    m_node = Imaging::IMGTranslationOp::translationBy(shift, m_node);
-    m_node = std::make_shared<Imaging::IMGCanvas>(canvas, IMGImage::Sources{m_node});
+    m_node = IMGTranslationOp::translationBy(shift, m_node);
+    m_node = std::make_shared<IMGCanvas>(canvas, IMGImage::Sources{m_node});
     const bool fits = m_beyond == Beyond::Nothing && own.width <= asked.width && own.height <= asked.height;
+    noteWhetherOpaque(m_beyond == Beyond::Nothing && asked.width <= own.width && asked.height <= own.height);
     m_beyond = fits ? Beyond::Nothing : Beyond::Covered;
     m_frame = {Platform::NSZeroPoint, canvas};
 }
 
 void FramedNode::draw() const {
+    if (m_outline.has_value()) throw NeedsPixels();
     NSAffineTransform transform;
     transform.translateXBy(-m_frame.origin.x, -m_frame.origin.y);
     m_node->drawWithTransform(transform, Platform::NSCompositeSourceOver, 1.0F);
 }
 
-} // namespace Imaging::Tool
+} // namespace Imaging

@@ -3,8 +3,7 @@
 
 #include "Show/NodeGraph.h"
 
-#include "Tools/Command/Messages.h"
-#include "Tools/Files/Input.h"
+#include "Platform/Foundation/Exception.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,10 +11,11 @@
 #include <unordered_map>
 #include <unordered_set>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
-using Imaging::IMGImage;
-using Imaging::IMGImageFromNSImage;
+using Platform::NSException;
+using Platform::NSImage;
+using Platform::NSInvalidArgumentException;
 
 namespace {
 
@@ -75,35 +75,53 @@ std::vector<std::shared_ptr<IMGImageFromNSImage>> picturesOf(const std::shared_p
     return pictures;
 }
 
-void requirePictures(const std::shared_ptr<IMGImage>& root, const std::string& name) {
+void requirePictures(const std::shared_ptr<IMGImage>& root) {
     for (const std::shared_ptr<IMGImageFromNSImage>& node : picturesOf(root)) {
         const std::optional<std::string> why = node->whyPictureIsMissing();
         if (!why.has_value()) continue;
         const std::string which =
             node->fileName().has_value() ? "its picture " + *node->fileName() : "a picture in it";
-        throw Failure(shownName(name), which + " cannot be used: " + *why);
+        throw NSException(NSInvalidArgumentException, which + " cannot be used: " + *why);
     }
 }
 
 namespace {
 
-void requireSources(const std::shared_ptr<IMGImage>& root, const std::string& name) {
+void requireSources(const std::shared_ptr<IMGImage>& root) {
     for (const std::shared_ptr<IMGImage>& node : nodesOf(root)) {
         if (!node->sources().empty() || !node->needsSource()) continue;
-        throw Failure(shownName(name), "a node of the graph (" + node->archiveClassName() +
-                                           ") has nothing below it, so it cannot be drawn");
+        throw NSException(NSInvalidArgumentException, "a node of the graph (" + node->archiveClassName() +
+                                                          ") has nothing below it, so it cannot be drawn");
     }
 }
 
 } // namespace
 
-void requireDrawable(const std::shared_ptr<IMGImage>& root, const std::string& name) {
-    requirePictures(root, name);
-    requireSources(root, name);
+void requireDrawable(const std::shared_ptr<IMGImage>& root) {
+    requirePictures(root);
+    requireSources(root);
     if (waysBelow(root).at(root.get()) > maximumWays) {
-        throw Failure(shownName(name), "its nodes are shared so often that drawing would take more than " +
-                                           std::to_string(maximumWays) + " steps; make the graph simpler");
+        throw NSException(NSInvalidArgumentException,
+                          "its nodes are shared so often that drawing would take more than " +
+                              std::to_string(maximumWays) + " steps; make the graph simpler");
     }
 }
 
-} // namespace Imaging::Tool
+Platform::NSRect drawableBounds(const IMGImage& node) {
+    Platform::NSRect bounds;
+    try {
+        bounds = node.imageBoundsRect();
+    } catch (const NSException&) { // which nodes without sources raise, in words for programmers
+        throw NSException(NSInvalidArgumentException,
+                          "a node of the graph has nothing below it, so the graph has no size");
+    }
+    const Platform::NSSize size = bounds.size;
+    const bool isDrawable = size.width > 0 && size.height > 0 && size.width < 1e9F && size.height < 1e9F;
+    if (!isDrawable) {
+        throw NSException(NSInvalidArgumentException,
+                          "the graph covers no area, so there is nothing to draw");
+    }
+    return bounds;
+}
+
+} // namespace Imaging

@@ -1,3 +1,5 @@
+// EXIF names where the first row and column belong; a transposition of the node brings them there.
+
 #include "Show/Orientation.h"
 
 #include "Imaging/CachedImage.h"
@@ -9,9 +11,8 @@
 #include <utility>
 #include <variant>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
-using Imaging::IMGImage;
 using Platform::NSBitmapImageRep;
 
 namespace {
@@ -19,19 +20,19 @@ namespace {
 /// What has to be done to a picture of EXIF's orientations 1 to 8. They say where the stored first row and
 /// the stored first column belong.
 constexpr std::array<std::int32_t, 8> uprightTypes = {
-    Imaging::ROTATE_0,          // top, left
-    Imaging::FLIP_HORIZONTAL,   // top, right
-    Imaging::ROTATE_180,        // bottom, right
-    Imaging::FLIP_VERTICAL,     // bottom, left
-    Imaging::FLIP_ANTIDIAGONAL, // left, top
-    Imaging::ROTATE_270,        // right, top
-    Imaging::FLIP_DIAGONAL,     // right, bottom
-    Imaging::ROTATE_90,         // left, bottom
+    ROTATE_0,          // top, left
+    FLIP_HORIZONTAL,   // top, right
+    ROTATE_180,        // bottom, right
+    FLIP_VERTICAL,     // bottom, left
+    FLIP_ANTIDIAGONAL, // left, top
+    ROTATE_270,        // right, top
+    FLIP_DIAGONAL,     // right, bottom
+    ROTATE_90,         // left, bottom
 };
 
 /// The orientation that a picture node's file declares; 1 for all other nodes.
 int declaredOrientation(IMGImage& node) {
-    auto* picture = dynamic_cast<Imaging::IMGImageFromNSImage*>(&node);
+    auto* picture = dynamic_cast<IMGImageFromNSImage*>(&node);
     const auto image = picture != nullptr ? picture->untransformedImage()->nsImage() : nullptr;
     if (image == nullptr) return 1;
     const auto bitmap = std::dynamic_pointer_cast<NSBitmapImageRep>(image->bestRepresentation());
@@ -46,8 +47,8 @@ int declaredOrientation(IMGImage& node) {
 std::shared_ptr<IMGImage> orientedNode(std::shared_ptr<IMGImage> node, Upright upright) {
     if (upright == Upright::AsStored) return node;
     const std::int32_t type = uprightTypes.at(static_cast<std::size_t>(declaredOrientation(*node) - 1));
-    if (type == Imaging::ROTATE_0) return node;
-    return Imaging::IMGTransposeOp::transposeOfType(type, std::move(node));
+    if (type == ROTATE_0) return node;
+    return IMGTransposeOp::transposeOfType(type, std::move(node));
 }
 
-} // namespace Imaging::Tool
+} // namespace Imaging

@@ -1,16 +1,20 @@
-#include "Show/Show.h"
-#include "Tools/Command/Messages.h"
+// Time is counted in nanoseconds times frames, in numbers wide enough that nothing is ever rounded on the
+// way: each boundary is rounded once, from the beginning of the show.
+
+#include "Show/Schedule.h"
+
+#include "Platform/Foundation/Exception.h"
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
 namespace {
 
 __extension__ using WideNumber = __int128;
 
-constexpr std::uint64_t maximumFrames = 100'000'000;
 constexpr WideNumber nanosecondsPerSecond = 1'000'000'000;
 
 /// Counts up time exactly: what people write as a decimal number of seconds is a whole number of nanoseconds.
@@ -39,8 +43,9 @@ Schedule::Schedule(const Show& show) {
     const auto add = [&](std::size_t picture, bool moves, double seconds) {
         clock.advance(seconds);
         if (clock.frame() > static_cast<WideNumber>(maximumFrames)) {
-            throw UsageError("the film would have more than " + std::to_string(maximumFrames) +
-                             " frames; take fewer pictures, shorter times or a smaller --fps");
+            throw Platform::NSException(Platform::NSRangeException,
+                                        "the show would have more than " + std::to_string(maximumFrames) +
+                                            " frames; take fewer pictures, shorter times or a lower rate");
         }
         const auto end = static_cast<std::uint64_t>(clock.frame());
         if (end > m_frame_count) m_parts.push_back({picture, moves, m_frame_count, end - m_frame_count});
@@ -54,8 +59,11 @@ Schedule::Schedule(const Show& show) {
         const bool goesOver = count > 1 && (i + 1 < count || show.loop);
         if (goesOver) add(i, true, picture.next.duration);
     }
-    if (m_frame_count == 0)
-        throw UsageError("the film would have no frame; give its pictures a longer --hold or --duration");
+    if (m_frame_count == 0) {
+        throw Platform::NSException(
+            Platform::NSInvalidArgumentException,
+            "the show would have no frame; let its pictures stand or its transitions take longer");
+    }
 }
 
 FrameContent Schedule::at(std::uint64_t frame) const {
@@ -75,4 +83,4 @@ FrameContent Schedule::at(std::uint64_t frame) const {
     return content;
 }
 
-} // namespace Imaging::Tool
+} // namespace Imaging

@@ -1,14 +1,14 @@
+// The schedule is cut to the frames that are wanted; each of its parts asks for one picture or two.
+
 #include "Show/ShowFrames.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Show/Canvas.h"
-#include "Tools/Film/FrameQueue.h"
 
 #include <algorithm>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
-FilmFrames::FilmFrames(const Show& show, const Schedule& schedule, std::uint64_t first, std::uint64_t count)
+ShowFrames::ShowFrames(const Show& show, const Schedule& schedule, std::uint64_t first, std::uint64_t count)
     : m_show(show), m_schedule(schedule) {
     for (Schedule::Part part : schedule.parts()) {
         const std::uint64_t from = std::max(part.first, first);
@@ -22,16 +22,15 @@ FilmFrames::FilmFrames(const Show& show, const Schedule& schedule, std::uint64_t
     }
 }
 
-void FilmFrames::forEach(FilmPictures& pictures, const std::function<void(const Frame&)>& visit) const {
-    const Platform::NSSize size = {static_cast<float>(m_show.size.width),
-                                   static_cast<float>(m_show.size.height)};
+void ShowFrames::forEach(ShowPictures& pictures, const std::function<void(const Frame&)>& visit) const {
+    const Platform::NSSize size = floats(m_show.size);
     for (const auto& [part, place] : m_parts) {
-        const FilmPictures::Node from = pictures.at(place, place);
+        const ShowPictures::Node from = pictures.at(place, place);
         if (!part.moves) {
             visit({part.first, part.count, from});
             continue;
         }
-        const FilmPictures::Node to = pictures.at(place + 1, place);
+        const ShowPictures::Node to = pictures.at(place + 1, place);
         const Transition& transition = m_show.pictures[part.picture].next.transition;
         for (std::uint64_t frame = part.first; frame < part.first + part.count; ++frame) {
             visit({frame, 1, transition.node(from, to, size, m_schedule.at(frame).weight)});
@@ -39,17 +38,11 @@ void FilmFrames::forEach(FilmPictures& pictures, const std::function<void(const 
     }
 }
 
-void drawFrame(Imaging::IMGImage& node, PixelSize size) {
+void drawFrame(IMGImage& node, PixelSize size) {
     const Platform::NSGraphicsStateScope state;
     Platform::NSColor::blackColor().set();
-    Platform::NSRectFill(
-        {Platform::NSZeroPoint, {static_cast<float>(size.width), static_cast<float>(size.height)}});
+    Platform::NSRectFill(rectOf(size));
     node.drawWithTransform(Platform::NSAffineTransform(), Platform::NSCompositeSourceOver, 1.0F);
 }
 
-void drawFrame(Imaging::IMGImage& node, FrameBuffer& frame) {
-    const CurrentContextScope current(frame.context());
-    drawFrame(node, frame.size());
-}
-
-} // namespace Imaging::Tool
+} // namespace Imaging

@@ -1,62 +1,55 @@
-#include "Show/ShowPictures.h"
+// A job for each place of the order, queued when its turn comes near; one thread runs them in that order.
 
-#include "Tools/Command/Threads.h"
+#include "Show/ShowPictures.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace Imaging::Tool {
+namespace Imaging {
 
-FilmPictures::FilmPictures(std::vector<std::size_t> order, Load load, std::size_t ahead)
+ShowPictures::ShowPictures(std::vector<std::size_t> order, Load load, std::size_t ahead)
     : m_order(std::move(order)), m_load(std::move(load)), m_ahead(ahead) {
-    m_thread = threadWithoutSignals([this] { loadUntilTheEnd(); });
+    queueUpTo(m_ahead);
 }
 
-FilmPictures::~FilmPictures() {
-    {
-        const std::lock_guard guard(m_lock);
-        m_ending = true;
-    }
-    m_changed.notify_all();
-    m_thread.join();
-}
+ShowPictures::~ShowPictures() = default;
 
-FilmPictures::Node FilmPictures::at(std::size_t place, std::size_t oldest) {
+ShowPictures::Node ShowPictures::at(std::size_t place, std::size_t oldest) {
     std::deque<Node> past; // goes without the lock
+    queueUpTo(place + m_ahead);
     std::unique_lock guard(m_lock);
-    m_asked = std::max(m_asked, place);
     for (; m_oldest < oldest && !m_nodes.empty(); ++m_oldest) {
         past.push_back(std::move(m_nodes.front()));
         m_nodes.pop_front();
     }
-    m_changed.notify_all();
     m_changed.wait(guard, [&] { return m_oldest + m_nodes.size() > place || m_failure != nullptr; });
     if (m_oldest + m_nodes.size() > place) return m_nodes[place - m_oldest];
     std::rethrow_exception(m_failure);
 }
 
-void FilmPictures::loadUntilTheEnd() {
-    std::unique_lock guard(m_lock);
-    while (true) {
-        const auto next = [&] { return m_oldest + m_nodes.size(); };
-        m_changed.wait(guard,
-                       [&] { return m_ending || (next() < m_order.size() && next() <= m_asked + m_ahead); });
-        if (m_ending) return;
-        const std::size_t picture = m_order[next()];
-        guard.unlock();
-        Node node;
-        std::exception_ptr failure;
-        try {
-            node = m_load(picture);
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        guard.lock();
-        m_failure = failure;
-        if (failure == nullptr) m_nodes.push_back(std::move(node));
-        m_changed.notify_all();
-        if (failure != nullptr) return;
-    }
+void ShowPictures::queueUpTo(std::size_t place) {
+    for (; m_queued < m_order.size() && m_queued <= place; ++m_queued)
+        m_jobs.add([this, picture = m_order[m_queued]] { load(picture); });
 }
 
-} // namespace Imaging::Tool
+void ShowPictures::load(std::size_t picture) {
+    {
+        const std::lock_guard guard(m_lock);
+        if (m_failure != nullptr) return;
+    }
+    Node node;
+    std::exception_ptr failure;
+    try {
+        node = m_load(picture);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    {
+        const std::lock_guard guard(m_lock);
+        m_failure = failure;
+        if (failure == nullptr) m_nodes.push_back(std::move(node));
+    }
+    m_changed.notify_all();
+}
+
+} // namespace Imaging

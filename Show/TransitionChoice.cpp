@@ -1,9 +1,13 @@
-#include "Show/TransitionKinds.h"
-#include "Tools/Command/Messages.h"
+// Random choices come from a counter instead of a generator with a memory, so that the n-th one can be told
+// without those before it.
 
-#include <algorithm>
+#include "Show/TransitionChoice.h"
 
-namespace Imaging::Tool {
+#include "Platform/Foundation/Exception.h"
+
+#include <string>
+
+namespace Imaging {
 
 namespace {
 
@@ -30,29 +34,7 @@ enum RandomUse : std::uint64_t { KindOfBlock, Kind, Variant };
 
 } // namespace
 
-std::vector<Transition> variantsOf(const TransitionKind& kind) {
-    std::vector<TransitionSettings> combinations = {{}};
-    // The first parameter changes fastest.
-    for (auto parameter = kind.parameters.rbegin(); parameter != kind.parameters.rend(); ++parameter) {
-        if (parameter->type != TransitionParameter::Type::Word) continue;
-        std::vector<std::string> words = parameter->words;
-        std::rotate(words.begin(), std::find(words.begin(), words.end(), parameter->byDefault), words.end());
-        std::vector<TransitionSettings> longer;
-        for (const TransitionSettings& settings : combinations) {
-            for (const std::string& word : words) {
-                longer.push_back(settings);
-                longer.back().emplace_back(parameter->name, word);
-            }
-        }
-        combinations = std::move(longer);
-    }
-    std::vector<Transition> variants;
-    for (const TransitionSettings& settings : combinations)
-        variants.push_back(makeTransition(kind.name, settings, kind.name));
-    return variants;
-}
-
-TransitionChoice::TransitionChoice(std::string_view text, const std::string& option, std::uint64_t seed)
+TransitionChoice::TransitionChoice(std::string_view text, std::uint64_t seed)
     : m_random(text == "random"), m_seed(seed) {
     if (m_random || text == "all") {
         for (const TransitionKind& kind : transitionKinds()) {
@@ -65,10 +47,11 @@ TransitionChoice::TransitionChoice(std::string_view text, const std::string& opt
         comma = text.find(',');
         const std::string_view one = text.substr(0, comma);
         if (one == "all" || one == "random") {
-            throw UsageError(option + ": '" + std::string(one) +
-                             "' stands alone; a list is of transitions by name");
+            throw Platform::NSException(Platform::NSInvalidArgumentException,
+                                        "'" + std::string(one) +
+                                            "' stands alone; a list is of transitions by name");
         }
-        m_rounds.push_back({parseTransition(one, option)});
+        m_rounds.push_back({transitionWithText(one)});
         text.remove_prefix(comma == std::string_view::npos ? 0 : comma + 1);
     }
 }
@@ -103,4 +86,4 @@ std::size_t TransitionChoice::randomPlace(std::size_t index) const {
     return place;
 }
 
-} // namespace Imaging::Tool
+} // namespace Imaging

@@ -20,7 +20,7 @@ if [[ -n "$too_long" ]]; then
     exit 1
 fi
 
-mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep -E '^(Imaging|Platform|Tools)/.*\.cpp$')
+mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep -E '^(Imaging|Platform|Show|Tools)/.*\.cpp$')
 # Clang does not know all the warnings that the compile commands of g++ name.
 printf '%s\0' "${sources[@]}" |
     xargs -0 -n 4 -P 2 clang-tidy --quiet -p "$build" --extra-arg=-Wno-unknown-warning-option 2> >(grep -v 'warnings generated' >&2)

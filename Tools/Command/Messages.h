@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Show/KnownWords.h"
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// What the command tells people, apart from what they asked for: everything here goes to standard error.
 namespace Imaging::Tool {
@@ -42,11 +43,5 @@ void eraseStatus();
 
 /// The same for signal handlers: takes the line away if one is shown.
 void eraseStatusInSignalHandler();
-
-/// "; did you mean 'X'?" for the known word that is nearest to a mistyped one, or "" when none is near.
-std::string suggestion(std::string_view word, const std::vector<std::string>& known);
-
-/// "a, b and c"
-std::string enumeration(const std::vector<std::string>& words);
 
 } // namespace Imaging::Tool

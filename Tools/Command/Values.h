@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Platform/Foundation/Geometry.h"
+#include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Color.h"
+#include "Show/Placement.h"
 #include "Tools/Command/Messages.h"
 
 #include <cstddef>
@@ -15,6 +16,16 @@
 /// begins with the option's name and says what would have been right. Numbers have a point whatever the
 /// locale.
 namespace Imaging::Tool {
+
+/// What `read` gives. What it throws as an NSException says, behind the option's name, what is wrong.
+template<class Read>
+auto understood(const std::string& option, const Read& read) {
+    try {
+        return read();
+    } catch (const Platform::NSException& exception) {
+        throw UsageError(option + ": " + exception.reason());
+    }
+}
 
 /// A whole number in a range, ends included.
 std::int64_t parseNumber(std::string_view text, const std::string& option, std::int64_t low,
@@ -35,21 +46,11 @@ std::vector<double> parseNumbers(std::string_view text, const std::string& optio
 /// A time above 0 and up to a day.
 double parseSeconds(std::string_view text, const std::string& option);
 
-/// A size in pixels, of which one side may be 0: it follows from the shape of what is drawn.
-struct PixelSize {
-    std::int64_t width = 0;
-    std::int64_t height = 0;
-};
-
 /// "WxH", "W" or "xH".
 PixelSize parseSize(std::string_view text, const std::string& option);
 
 /// "WxH" alone.
 PixelSize parseWholeSize(std::string_view text, const std::string& option);
-
-/// A size as lengths, and the rectangle of it whose lower left corner is (0, 0).
-Platform::NSSize floats(PixelSize size);
-Platform::NSRect rectOf(PixelSize size);
 
 /// A colour by its name or as #rgb, #rgba, #rrggbb or #rrggbbaa.
 Platform::NSColor parseColor(const std::string& text, const std::string& option);
@@ -63,13 +64,10 @@ Meaning parseWord(const std::string& text, const std::string& option, const std:
         if (word == text) return meaning;
         known.push_back(word);
     }
-    throw UsageError(option + ": there is no " + what + " named '" + text + "'; known are " +
-                     enumeration(known) + suggestion(text, known));
+    throw UsageError(option + ": " + unknownWord(what, text, known));
 }
 
-/// How a picture is brought into a size of another shape.
-enum class Fit { Contain, Cover, Stretch };
-
+/// "contain", "cover" or "stretch".
 Fit parseFit(const std::string& text, const std::string& option);
 
 } // namespace Imaging::Tool

@@ -1,9 +1,8 @@
-#include "Show/Canvas.h"
-#include "Show/NodeGraph.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/Operations.h"
 
 namespace Imaging::Tool {
@@ -63,9 +62,8 @@ ExitStatus ApplyCommand::run() {
     progress.beginStep(shownName(input));
     const std::shared_ptr<Imaging::IMGImage> node = loadNode(input);
     requireDrawable(node, input);
-    FramedNode picture(orientedNode(node, m_output.asStored ? Upright::AsStored : Upright::AsDeclared),
-                       input);
-    for (const Step& step : steps) step(picture);
+    const auto upright = orientedNode(node, m_output.asStored ? Upright::AsStored : Upright::AsDeclared);
+    const FramedNode picture = processed(upright, input, steps);
     const PixelSize size = picture.size();
     const auto bitmap =
         drawnOnCanvas(size, shownPath(m_output.path), "--scale or --crop it to a smaller size", [&] {

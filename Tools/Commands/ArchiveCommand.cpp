@@ -1,12 +1,12 @@
 #include "Imaging/CachedImage.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/KeyedArchiver.h"
-#include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <filesystem>
 #include <map>

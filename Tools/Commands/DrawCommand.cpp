@@ -4,12 +4,12 @@
 #include "Imaging/Generators.h"
 #include "Imaging/GraphicsUtilities.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Show/Canvas.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/Page.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,8 +1,7 @@
-#include "Show/NodeGraph.h"
-#include "Show/Orientation.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/GraphText.h"
 #include "Tools/Pictures/Operations.h"
 
@@ -59,9 +58,7 @@ std::shared_ptr<Imaging::IMGImage> GraphCommand::graph(const std::string& input,
         orientedNode(loadNode(input), m_as_stored ? Upright::AsStored : Upright::AsDeclared);
     if (steps.empty()) return node;
     requireDrawable(node, input);
-    FramedNode picture(node, input);
-    for (const Step& step : steps) step(picture);
-    return picture.node();
+    return processed(node, input, steps).node();
 }
 
 ExitStatus GraphCommand::run() {

@@ -1,13 +1,12 @@
 // Lays pictures out in cells, each read, drawn and let go of before the next one.
 
-#include "Show/Canvas.h"
-
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFiles.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <algorithm>
@@ -148,7 +147,7 @@ std::size_t SheetCommand::drawAll(const std::vector<std::string>& names, const S
     for (const std::string& name : names) {
         progress.beginStep(shownName(name));
         const std::optional<Drawing> drawing = drawingFor(name);
-        if (drawing.has_value()) drawFramed(*drawing, layout.cell(drawn++), m_border, layout.gap());
+        if (drawing.has_value()) drawBordered(*drawing, layout.cell(drawn++), m_border, layout.gap());
     }
     return drawn;
 }

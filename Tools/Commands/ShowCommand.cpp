@@ -1,6 +1,5 @@
 // Makes a film: reads all pictures once to see that they are good, then draws frame after frame into a sink.
 
-#include "Show/FramedPicture.h"
 #include "Show/ShowFrames.h"
 #include "Show/ShowPictures.h"
 
@@ -14,6 +13,7 @@
 #include "Tools/Film/PictureCheck.h"
 #include "Tools/Film/ShowOptions.h"
 #include "Tools/Film/ShowPlan.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <nlohmann/json.hpp>
 
@@ -38,7 +38,8 @@ a FOLDER/ for numbered pictures (frame-000001.png), which is made where it is
 missing. '-' with --format raw writes frames as they are to standard output.
 
 All pictures are read once before anything is drawn, and those that are bad
-are named; no film is made then, unless --skip-bad is given. When the command
+or not fit for their operations are named; no film is made then, unless
+--skip-bad is given. When the command
 is stopped nothing of a film is left.
 
 With --frames a part of the film is made whose frames are those of the whole,
@@ -72,7 +73,7 @@ private:
     FrameRange checkedRange(const Schedule& schedule) const;
     void dropBadPictures(Show& show, const PictureCheck& check) const;
     void makeAll(const Show& show, const Schedule& schedule, FrameRange range, const PictureCheck& check);
-    void makeFilm(const Show& show, const FilmFrames& frames, FrameRange range, FilmPictures& pictures,
+    void makeFilm(const Show& show, const ShowFrames& frames, FrameRange range, ShowPictures& pictures,
                   std::uint64_t lastFrame, FilmSheet* sheet) const;
     void tell(const Json& line) const;
 
@@ -111,8 +112,8 @@ OptionTable ShowCommand::options() {
                      "Tell the progress, or the plan, as lines of JSON",
                      {.take = toJson, .isFlag = true}},
                     {"--skip-bad", "",
-                     "Go on without pictures that cannot be read; they are\n"
-                     "still named",
+                     "Go on without pictures that cannot be read, or not be\n"
+                     "treated as a show file asks; they are still named",
                      raise(m_skip_bad)}}});
 }
 
@@ -145,19 +146,20 @@ void ShowCommand::tell(const Json& line) const {
 void ShowCommand::dropBadPictures(Show& show, const PictureCheck& check) const {
     const std::vector<BadPicture>& bad = check.badPictures();
     if (bad.empty()) return;
-    std::erase_if(show.pictures, [&](const ShowPicture& picture) { return check.isBad(picture.name); });
+    std::size_t number = 0;
+    std::erase_if(show.pictures, [&](const ShowPicture&) { return check.isBad(number++); });
     const bool goesOn = m_skip_bad && !show.pictures.empty();
     for (std::size_t i = 0; i < bad.size(); ++i) {
         // The last one ends the command.
         if (!goesOn && i + 1 == bad.size()) throw Failure(bad[i].name, bad[i].why);
         report(bad[i].name, bad[i].why);
-        tell({{"event", "bad-picture"}, {"picture", bad[i].name}, {"why", bad[i].why}});
+        if (!m_dry_run) tell({{"event", "bad-picture"}, {"picture", bad[i].name}, {"why", bad[i].why}});
     }
 }
 
-void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRange range,
-                           FilmPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
-    const auto addToSheet = [&](const FilmFrames::Frame& frame) {
+void ShowCommand::makeFilm(const Show& show, const ShowFrames& frames, FrameRange range,
+                           ShowPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
+    const auto addToSheet = [&](const ShowFrames::Frame& frame) {
         if (sheet != nullptr) sheet->add(frame);
     };
     if (m_output.path.empty()) return frames.forEach(pictures, addToSheet);
@@ -170,7 +172,7 @@ void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRang
                       : onTerminal ? FilmProgress::Form::Bar
                                    : FilmProgress::Form::Nothing;
     FilmProgress progress(form, range.count, [&queue] { return queue.written(); });
-    frames.forEach(pictures, [&](const FilmFrames::Frame& frame) {
+    frames.forEach(pictures, [&](const ShowFrames::Frame& frame) {
         std::unique_ptr<FrameBuffer> buffer = queue.take();
         drawFrame(*frame.node, *buffer);
         queue.give(std::move(buffer), frame.times);
@@ -185,7 +187,7 @@ void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRang
 
 void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange range,
                           const PictureCheck& check) {
-    const FilmFrames frames(show, schedule, range.first, range.count);
+    const ShowFrames frames(show, schedule, range.first, range.count);
     const auto load = [&](std::size_t index) {
         ShowPicture picture = show.pictures[index];
         picture.name = check.source(picture.name);
@@ -195,7 +197,7 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
             throw Failure(check.nameOf(failure.subject()), failure.what());
         }
     };
-    FilmPictures pictures(frames.pictures(), load);
+    ShowPictures pictures(frames.pictures(), load);
     const std::uint64_t lastFrame = schedule.frameCount() - 1;
     if (m_sheet.path.empty()) return makeFilm(show, frames, range, pictures, lastFrame, nullptr);
     FilmSheet sheet(show, sheetFrames(schedule, range.first, range.count));
@@ -209,15 +211,17 @@ ExitStatus ShowCommand::run() {
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});
     if (!m_output.path.empty() || (m_sheet.path.empty() && !m_dry_run)) m_output.check(show.size);
     if (m_dry_run) {
-        const Schedule schedule(show);
+        checkedRange(scheduleOf(show));
+        dropBadPictures(show, PictureCheck(show, quiet(), PictureCheck::Extent::ThoseWithOperations));
+        const Schedule schedule = scheduleOf(show);
         checkedRange(schedule);
         writeStandardOutput(m_json ? dryRunJson(show, schedule) : dryRunText(show, schedule));
         return Done;
     }
-    checkedRange(Schedule(show));
-    const PictureCheck check(show.pictures, quiet());
+    checkedRange(scheduleOf(show));
+    const PictureCheck check(show, quiet());
     dropBadPictures(show, check);
-    const Schedule schedule(show);
+    const Schedule schedule = scheduleOf(show);
     const FrameRange range = checkedRange(schedule);
     tell({{"event", "start"},
           {"frames", range.count},

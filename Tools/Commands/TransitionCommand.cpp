@@ -2,8 +2,6 @@
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Text.h"
-#include "Show/Canvas.h"
-#include "Show/FramedPicture.h"
 #include "Show/Show.h"
 #include "Show/ShowFrames.h"
 #include "Show/TransitionKinds.h"
@@ -13,6 +11,8 @@
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/ShowSettings.h"
+#include "Tools/Film/ShowWords.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <algorithm>
@@ -126,6 +126,17 @@ PixelSize parseCell(const std::string& text, const std::string& option) {
                      std::to_string(smallestCell) + " pixels");
 }
 
+std::string typeNameOf(const TransitionParameter& parameter) {
+    switch (parameter.type) {
+    case TransitionParameter::Type::Word:
+        return "WORD";
+    case TransitionParameter::Type::Color:
+        return "COLOR";
+    default:
+        return "N";
+    }
+}
+
 /// An option for a parameter. What it says counts more than what stands behind the transition's name.
 Binding TransitionCommand::intoParameter(const std::string& parameter) {
     return {.take =
@@ -145,15 +156,17 @@ OptionTable TransitionCommand::options() {
 OptionTable TransitionCommand::transitionOptions() {
     const std::string missing =
         "the transition is missing: --kind NAME; known are " + enumeration(drawnKindNames());
-    return {{"--kind", "NAME",
-             "The transition, with parameters or without:\n"
-             "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
-             "lists them",
-             required(into(m_asked, parseTransition), missing)},
-            {"--direction", "WAY", "The parameter direction, such as left", intoParameter("direction")},
-            {"--in-out,--inout", "WORD", "The parameter inout: in or out", intoParameter("inout")},
-            {"--color", "COLOR", "The parameter color", intoParameter("color")},
-            {"--balance", "N", "The parameter balance, -1 to 1", intoParameter("balance")}};
+    OptionTable table = {{"--kind", "NAME",
+                          "The transition, with parameters or without:\n"
+                          "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
+                          "lists them",
+                          required(into(m_asked, parseTransition), missing)}};
+    for (const TransitionParameter& parameter : transitionParameters()) {
+        const std::string& name = parameter.name;
+        table.push_back({name == "inout" ? "--in-out,--inout" : "--" + name, typeNameOf(parameter),
+                         "The parameter " + name + ", such as " + parameter.byDefault, intoParameter(name)});
+    }
+    return table;
 }
 
 OptionTable TransitionCommand::frameOptions() {

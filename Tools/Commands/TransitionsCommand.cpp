@@ -29,6 +29,7 @@ std::string rangeText(const TransitionParameter& parameter) {
     case TransitionParameter::Type::Color:
         return "COLOR";
     case TransitionParameter::Type::Number:
+    case TransitionParameter::Type::WholeNumber:
         return numberText(parameter.low) + "..." + numberText(parameter.high);
     default:
         for (const std::string& word : parameter.words) words += (words.empty() ? "" : "|") + word;
@@ -69,6 +70,11 @@ Json jsonOf(const TransitionParameter& parameter) {
         json["type"] = "number";
         json["low"] = parameter.low;
         json["high"] = parameter.high;
+        break;
+    case TransitionParameter::Type::WholeNumber:
+        json["type"] = "whole number";
+        json["low"] = static_cast<int>(parameter.low);
+        json["high"] = static_cast<int>(parameter.high);
         break;
     }
     return json;

@@ -1,21 +1,17 @@
 #include "Tools/Files/Input.h"
 
-#include "Imaging/CachedImage.h"
 #include "Platform/Codecs/Codec.h"
-#include "Platform/Foundation/KeyedArchiver.h"
-#include "Platform/Foundation/URLLoading.h"
+#include "Platform/Foundation/Exception.h"
 #include "Tools/Command/Messages.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <new>
-#include <optional>
 #include <system_error>
 #include <unistd.h>
 
 namespace Imaging::Tool {
 
-using Imaging::IMGImage;
 using Platform::NSData;
 using Platform::NSError;
 
@@ -39,49 +35,20 @@ NSData readStandardInput() {
     }
 }
 
-NSData readURL(const std::string& name) {
-    const std::optional<Platform::NSURL> url = Platform::NSURL::URLWithString(name);
-    if (!url.has_value()) {
-        throw Failure(
-            name, "this is not a URL; spaces and special characters in one are written as %20 and the like");
-    }
-    NSError error;
-    std::optional<NSData> data = Platform::dataWithContentsOfURL(*url, &error);
-    if (!data.has_value()) throw Failure(name, error.message);
-    return std::move(*data);
-}
-
-std::shared_ptr<IMGImage> decodedNode(const NSData& bytes, const std::string& name) {
-    if (Platform::looksLikePropertyList(bytes)) return Platform::unarchiveObjectOfClass<IMGImage>(bytes);
-    NSError error;
-    auto bitmap = Platform::NSBitmapImageRep::imageRepWithData(bytes, &error);
-    if (bitmap == nullptr) throw Failure(shownName(name), error.message);
-    const auto picture = std::make_shared<Platform::NSImage>(bitmap->size());
-    picture->addRepresentation(std::move(bitmap));
-    return Imaging::imagingImage(picture);
-}
-
 } // namespace
 
 bool isStandardInput(const std::string& name) { return name == "-"; }
-
-bool isURL(const std::string& name) {
-    const std::size_t colon = name.find(':');
-    if (colon == std::string::npos || colon == 0) return false;
-    const std::string_view rest = std::string_view(name).substr(colon + 1);
-    const std::string_view scheme = std::string_view(name).substr(0, colon);
-    const bool isWord = std::all_of(scheme.begin(), scheme.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' ||
-               c == '-' || c == '.';
-    });
-    return isWord && (rest.starts_with("//") || (scheme == "file" && rest.starts_with('/')));
-}
 
 std::string shownName(const std::string& name) { return isStandardInput(name) ? "standard input" : name; }
 
 NSData readInput(const std::string& name) {
     if (isStandardInput(name)) return readStandardInput();
-    return isURL(name) ? readURL(name) : readFile(name);
+    if (!isURL(name)) return readFile(name);
+    try {
+        return contentsOf(name);
+    } catch (const Platform::NSException& exception) {
+        throw Failure(name, exception.reason());
+    }
 }
 
 NSData readFile(const std::string& path) {
@@ -93,7 +60,7 @@ NSData readFile(const std::string& path) {
 
 std::shared_ptr<IMGImage> nodeWithBytes(const NSData& bytes, const std::string& name) {
     try {
-        return decodedNode(bytes, name);
+        return Imaging::nodeWithBytes(bytes);
     } catch (const Platform::NSException& exception) {
         throw Failure(shownName(name), exception.reason());
     } catch (const std::bad_alloc&) {

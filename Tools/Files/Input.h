@@ -2,6 +2,7 @@
 
 #include "Imaging/Image.h"
 #include "Platform/Foundation/Data.h"
+#include "Show/PictureLoading.h"
 
 #include <memory>
 #include <string>
@@ -12,9 +13,6 @@ namespace Imaging::Tool {
 
 /// True for "-".
 bool isStandardInput(const std::string& name);
-
-/// True for names with a scheme, such as "http://…". A file of such a name is reached as "./http:…".
-bool isURL(const std::string& name);
 
 /// The name as it is shown in messages.
 std::string shownName(const std::string& name);

@@ -3,6 +3,7 @@
 
 #include "Tools/Files/Output.h"
 
+#include "Show/OpaqueBitmap.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Process.h"
 #include "Tools/Command/Values.h"
@@ -81,33 +82,6 @@ OutputFormat formatOfPath(const std::string& path, bool withPages) {
                      enumeration(formatWords(".", withPages)) + ", or add --format");
 }
 
-bool isOpaque(const NSBitmapImageRep& bitmap) {
-    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
-        const std::uint8_t* row = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();
-        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) {
-            if (row[x * 4 + 3] != 255) return false;
-        }
-    }
-    return true;
-}
-
-/// The colour of a drawn bitmap (8 bits, red, green, blue and alpha) alone; null when memory runs out.
-std::shared_ptr<NSBitmapImageRep> withoutAlpha(const NSBitmapImageRep& bitmap) {
-    Platform::NSBitmapDescription description;
-    description.pixelsWide = bitmap.pixelsWide();
-    description.pixelsHigh = bitmap.pixelsHigh();
-    description.samplesPerPixel = 3;
-    description.hasAlpha = false;
-    std::shared_ptr<NSBitmapImageRep> opaque = NSBitmapImageRep::bitmapWithDescription(description);
-    if (opaque == nullptr) return nullptr;
-    for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
-        const std::uint8_t* from = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();
-        std::uint8_t* to = opaque->bitmapData() + static_cast<std::size_t>(y) * opaque->bytesPerRow();
-        for (std::int64_t x = 0; x < bitmap.pixelsWide(); ++x) std::copy_n(from + x * 4, 3, to + x * 3);
-    }
-    return opaque;
-}
-
 /// Writing into devices and pipes may block for ever, so only files are written without interruption.
 bool isFileOrNothing(const std::string& path) {
     std::error_code failure;
@@ -116,10 +90,6 @@ bool isFileOrNothing(const std::string& path) {
 }
 
 } // namespace
-
-std::shared_ptr<NSBitmapImageRep> withoutNeedlessAlpha(const NSBitmapImageRep& bitmap) {
-    return isOpaque(bitmap) ? withoutAlpha(bitmap) : nullptr;
-}
 
 std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
 

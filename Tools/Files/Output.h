@@ -57,10 +57,6 @@ struct PictureOutput {
 /// A path that has to be given and `checkOutputPath` finds good.
 Binding intoOutputPath(std::string& path);
 
-/// The colour of a bitmap of 8-bit red, green, blue and alpha alone; null where not all of it is opaque, or
-/// memory runs out.
-std::shared_ptr<Platform::NSBitmapImageRep> withoutNeedlessAlpha(const Platform::NSBitmapImageRep& bitmap);
-
 /// Throws a UsageError when the path is empty, and a Failure when it cannot be written because its folder is
 /// missing or it is a folder itself; so that long work is not done in vain.
 void checkOutputPath(const std::string& path);

@@ -1,8 +1,8 @@
 #include "Tools/Files/Page.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Show/Canvas.h"
 #include "Tools/Command/Messages.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <cairo-pdf.h>

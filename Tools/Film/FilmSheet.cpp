@@ -54,7 +54,7 @@ std::shared_ptr<Platform::NSBitmapImageRep> FilmSheet::drawn(const std::string& 
     });
 }
 
-void FilmSheet::add(const FilmFrames::Frame& frame) {
+void FilmSheet::add(const ShowFrames::Frame& frame) {
     while (m_drawn < m_frames.size() && m_frames[m_drawn] < frame.first + frame.times)
         drawCell(*frame.node, m_layout.cell(m_drawn++));
 }

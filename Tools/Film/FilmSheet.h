@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/Graphics/BitmapImageRep.h"
-#include "Show/Show.h"
+#include "Show/Schedule.h"
 #include "Show/ShowFrames.h"
 #include "Tools/Pictures/SheetLayout.h"
 
@@ -30,10 +30,10 @@ public:
                                                       const std::function<void()>& run);
 
     /// Draws the frames that the sheet shows of these, into the context that `drawn` made current.
-    void add(const FilmFrames::Frame& frame);
+    void add(const ShowFrames::Frame& frame);
 
 private:
-    void drawCell(Imaging::IMGImage& node, Platform::NSRect cell) const;
+    void drawCell(IMGImage& node, Platform::NSRect cell) const;
 
     const Show& m_show;
     std::vector<std::uint64_t> m_frames;

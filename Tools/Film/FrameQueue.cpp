@@ -1,8 +1,12 @@
+// Frames are drawn on Cairo surfaces over memory of our own; a job writes each, on the one thread of the
+// queue.
+
 #include "Tools/Film/FrameQueue.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Pixels/PixelBuffer.h"
-#include "Tools/Command/Threads.h"
+#include "Show/ShowFrames.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
 #include <cairo.h>
@@ -44,22 +48,17 @@ FrameView FrameBuffer::view() const {
     return {m_surface->data(), static_cast<std::size_t>(m_size.width)};
 }
 
+void drawFrame(IMGImage& node, FrameBuffer& frame) {
+    const CurrentContextScope current(frame.context());
+    drawFrame(node, frame.size());
+}
+
 FrameQueue::FrameQueue(FilmSink& sink, PixelSize size, std::size_t buffers)
     : m_sink(sink), m_shelf(std::make_shared<Shelf>()) {
     for (std::size_t i = 0; i < buffers; ++i) m_shelf->buffers.push_back(std::make_unique<FrameBuffer>(size));
-    m_thread = threadWithoutSignals([this] { writeUntilTheEnd(); });
 }
 
-FrameQueue::~FrameQueue() {
-    if (!m_thread.joinable()) return;
-    {
-        const std::lock_guard guard(m_lock);
-        m_complete = true;
-        m_abandoned = true;
-    }
-    m_changed.notify_all();
-    m_thread.join();
-}
+FrameQueue::~FrameQueue() = default;
 
 std::unique_ptr<FrameBuffer> FrameQueue::take() {
     std::unique_lock guard(m_shelf->lock);
@@ -71,59 +70,39 @@ std::unique_ptr<FrameBuffer> FrameQueue::take() {
 }
 
 void FrameQueue::give(std::unique_ptr<FrameBuffer> frame, std::uint64_t times) {
-    {
-        const std::lock_guard guard(m_lock);
-        m_jobs.push_back({std::move(frame), times});
-    }
-    m_changed.notify_all();
+    // The buffer goes back onto the shelf when the last one who reads it lets go of it.
+    const std::shared_ptr<FrameBuffer> owner(frame.release(), [shelf = m_shelf](FrameBuffer* buffer) {
+        {
+            const std::lock_guard guard(shelf->lock);
+            shelf->buffers.emplace_back(buffer);
+        }
+        shelf->changed.notify_all();
+    });
+    m_jobs.add([this, owner, times] { tryTo([&] { write(owner, times); }); });
 }
 
-std::uint64_t FrameQueue::written() const {
-    const std::lock_guard guard(m_lock);
-    return m_written;
-}
+std::uint64_t FrameQueue::written() const { return m_written; }
 
 void FrameQueue::finish() {
-    {
-        const std::lock_guard guard(m_lock);
-        m_complete = true;
-    }
-    m_changed.notify_all();
-    m_thread.join();
+    m_jobs.add([this] { tryTo([this] { m_sink.finish(); }); });
+    m_jobs.wait();
     const std::lock_guard guard(m_shelf->lock);
     if (m_shelf->failure != nullptr) std::rethrow_exception(m_shelf->failure);
 }
 
-/// The buffer goes back onto the shelf when the last one who reads it lets go of it.
-void FrameQueue::write(Job job) {
-    const FrameView view = job.frame->view();
-    const std::shared_ptr<const void> owner(job.frame.release(), [shelf = m_shelf](FrameBuffer* frame) {
-        {
-            const std::lock_guard guard(shelf->lock);
-            shelf->buffers.emplace_back(frame);
-        }
-        shelf->changed.notify_all();
-    });
-    m_sink.write(view, job.times, owner);
+void FrameQueue::write(const std::shared_ptr<FrameBuffer>& frame, std::uint64_t times) {
+    m_sink.write(frame->view(), times, frame);
+    m_written += times;
 }
 
-void FrameQueue::writeUntilTheEnd() {
+/// Does nothing once something has failed.
+void FrameQueue::tryTo(const std::function<void()>& work) {
+    {
+        const std::lock_guard guard(m_shelf->lock);
+        if (m_shelf->failure != nullptr) return;
+    }
     try {
-        std::unique_lock guard(m_lock);
-        while (true) {
-            m_changed.wait(guard, [&] { return m_complete || !m_jobs.empty(); });
-            if (m_abandoned) return;
-            if (m_jobs.empty()) break;
-            Job job = std::move(m_jobs.front());
-            m_jobs.pop_front();
-            const std::uint64_t times = job.times;
-            guard.unlock();
-            write(std::move(job));
-            guard.lock();
-            m_written += times;
-        }
-        guard.unlock();
-        m_sink.finish();
+        work();
     } catch (...) {
         {
             const std::lock_guard guard(m_shelf->lock);

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "Imaging/Image.h"
+#include "Platform/Foundation/JobQueue.h"
 #include "Tools/Command/Values.h"
 #include "Tools/Film/FilmSink.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 namespace Imaging::Platform {
@@ -42,6 +44,9 @@ private:
     std::shared_ptr<Platform::NSGraphicsContext> m_context;
 };
 
+/// Draws a frame of a show, all of which becomes opaque.
+void drawFrame(IMGImage& node, FrameBuffer& frame);
+
 /// Hands frames to a sink on a thread of its own, so that the next one is drawn while one is written:
 ///
 ///   take → draw → give → (writing) → take again
@@ -69,11 +74,6 @@ public:
     void finish();
 
 private:
-    struct Job {
-        std::unique_ptr<FrameBuffer> frame;
-        std::uint64_t times = 0;
-    };
-
     /// The buffers that are free. They come back from wherever a sink let go of them.
     struct Shelf {
         std::mutex lock;
@@ -82,18 +82,13 @@ private:
         std::exception_ptr failure;
     };
 
-    void writeUntilTheEnd();
-    void write(Job job);
+    void write(const std::shared_ptr<FrameBuffer>& frame, std::uint64_t times);
+    void tryTo(const std::function<void()>& work);
 
     FilmSink& m_sink;
     std::shared_ptr<Shelf> m_shelf;
-    mutable std::mutex m_lock;
-    std::condition_variable m_changed;
-    std::deque<Job> m_jobs;
-    std::uint64_t m_written = 0;
-    bool m_complete = false;  ///< no more frames come
-    bool m_abandoned = false; ///< those that came are not wanted any more
-    std::thread m_thread;
+    std::atomic<std::uint64_t> m_written = 0;
+    Platform::JobQueue m_jobs{1}; ///< goes first, while all that its jobs need is there
 };
 
 } // namespace Imaging::Tool

@@ -1,20 +1,24 @@
+// Each input is a job of a queue with two threads. What has to be decoded to be checked is so one at a time,
+// since a picture takes much memory.
+
 #include "Tools/Film/PictureCheck.h"
 
 #include "Platform/Codecs/Codec.h"
 #include "Platform/Codecs/CodecRegistry.h"
+#include "Platform/Foundation/JobQueue.h"
 #include "Platform/Foundation/KeyedArchiver.h"
-#include "Show/NodeGraph.h"
+#include "Show/StepCheck.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Threads.h"
 #include "Tools/Files/Input.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <mutex>
 #include <new>
+#include <set>
 #include <system_error>
 
 namespace Imaging::Tool {
@@ -57,41 +61,70 @@ std::string pathOf(std::FILE* file) { return "/proc/self/fd/" + std::to_string(:
 
 } // namespace
 
-PictureCheck::PictureCheck(const std::vector<ShowPicture>& pictures, bool quiet) {
-    for (const ShowPicture& picture : pictures) {
-        if (m_places.emplace(picture.name, m_inputs.size()).second) m_inputs.push_back({picture.name});
+PictureCheck::PictureCheck(const Show& show, bool quiet, Extent extent)
+    : m_show(show), m_is_bad(show.pictures.size()) {
+    for (std::size_t i = 0; i < show.pictures.size(); ++i) {
+        const ShowPicture& picture = show.pictures[i];
+        if (extent == Extent::ThoseWithOperations && picture.steps.empty()) continue;
+        const auto [place, isNew] = m_places.emplace(picture.name, m_inputs.size());
+        if (isNew) m_inputs.push_back({.name = picture.name});
+        m_inputs[place->second].uses.push_back({.picture = i});
     }
     checkAll(quiet);
-    for (const Input& input : m_inputs) {
-        if (!input.why.empty()) m_bad.push_back({shownName(input.name), input.why});
-    }
+    noteBadPictures();
 }
 
 void PictureCheck::checkAll(bool quiet) {
     Progress progress(m_inputs.size(), quiet);
-    std::atomic<std::size_t> next = 0;
-    const auto work = [&] {
-        for (std::size_t i = next++; i < m_inputs.size(); i = next++) {
-            progress.beginStep("checking " + shownName(m_inputs[i].name));
-            check(m_inputs[i]);
-        }
-    };
-    std::vector<std::thread> others;
-    for (std::size_t i = 1; i < std::min(checkers, m_inputs.size()); ++i)
-        others.push_back(threadWithoutSignals(work));
-    work();
-    for (std::thread& other : others) other.join();
+    Platform::JobQueue jobs(checkers);
+    for (Input& input : m_inputs) {
+        jobs.add([this, &progress, &input] {
+            progress.beginStep("checking " + shownName(input.name));
+            check(input);
+        });
+    }
+    jobs.wait();
 }
 
-void PictureCheck::check(Input& input) {
+/// In the order in which the film has the pictures that they are first found with.
+void PictureCheck::noteBadPictures() {
+    std::map<std::size_t, BadPicture> found;
+    for (const Input& input : m_inputs) {
+        if (!input.why.empty()) found[input.uses.front().picture] = {shownName(input.name), input.why};
+        std::set<std::pair<std::string, std::string>> told;
+        for (const Use& use : input.uses) {
+            m_is_bad[use.picture] = !input.why.empty() || !use.found.why.empty();
+            const bool isNew = !use.found.why.empty() && told.emplace(use.found.name, use.found.why).second;
+            if (isNew) found[use.picture] = use.found;
+        }
+    }
+    for (auto& [picture, bad] : found) m_bad.push_back(std::move(bad));
+}
+
+void PictureCheck::check(Input& input) const {
     try {
         const NSData bytes = readInput(input.name);
         checkBytes(bytes, input.name);
+        checkOperations(input, bytes);
         if (isURL(input.name) || isStandardInput(input.name)) keepCopy(input, bytes);
     } catch (const std::bad_alloc&) {
         input.why = "there is not enough memory for it";
     } catch (const std::exception& failure) {
         input.why = failure.what();
+    }
+}
+
+/// One picture at a time, since operations may need pixels, and masks are pictures too.
+void PictureCheck::checkOperations(Input& input, const NSData& bytes) const {
+    for (Use& use : input.uses) {
+        const ShowPicture& picture = m_show.pictures[use.picture];
+        if (picture.steps.empty()) continue;
+        const std::lock_guard guard(g_decoding);
+        try {
+            naming(input.name, [&] { checkSteps(picture, m_show.asStored, bytes, makeItSmaller); });
+        } catch (const Failure& failure) {
+            use.found = {failure.subject(), failure.what()};
+        }
     }
 }
 
@@ -118,11 +151,6 @@ std::string PictureCheck::nameOf(const std::string& source) const {
         if (input.copy != nullptr && pathOf(input.copy.get()) == source) return shownName(input.name);
     }
     return source;
-}
-
-bool PictureCheck::isBad(const std::string& name) const {
-    const auto found = m_places.find(name);
-    return found != m_places.end() && !m_inputs[found->second].why.empty();
 }
 
 } // namespace Imaging::Tool

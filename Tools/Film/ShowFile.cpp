@@ -2,6 +2,7 @@
 
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <nlohmann/json.hpp>
 
@@ -145,7 +146,7 @@ Keys Reader::settingKeys() {
     ShowSettings& all = m_file.settings;
     const auto transition = [&all](const Json& value, const std::string& place) {
         const WrittenTransition written = transitionIn(value, place);
-        static_cast<void>(TransitionChoice(written.text, place, 0)); // only to see that it can be
+        static_cast<void>(parseTransitionChoice(written.text, place, 0)); // only to see that it can be
         all.transition = written.text;
         if (written.duration.has_value()) all.duration = written.duration;
         if (written.easing.has_value()) all.easing = written.easing;

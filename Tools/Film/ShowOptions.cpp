@@ -7,6 +7,7 @@
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFiles.h"
 #include "Tools/Film/ShowFile.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <algorithm>
 
@@ -22,7 +23,7 @@ bool isOneOf(const std::string& name, const std::vector<std::string>& outputs) {
 
 /// A transition, a list of them, or a word for a choice; whether it is one is found out by making it.
 std::string parseChoice(const std::string& text, const std::string& option) {
-    static_cast<void>(TransitionChoice(text, option, 0));
+    static_cast<void>(parseTransitionChoice(text, option, 0));
     return text;
 }
 

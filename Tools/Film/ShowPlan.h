@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Show/Show.h"
+#include "Show/Schedule.h"
 
 #include <string>
 

@@ -1,6 +1,7 @@
 #include "Tools/Film/ShowSettings.h"
 
 #include "Tools/Command/Messages.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <algorithm>
 #include <array>
@@ -142,8 +143,8 @@ Show makeShow(const ShowSettings& settings, const std::vector<ShowEntry>& entrie
     show.background = settings.background.value_or(show.background);
     show.loop = settings.loop.value_or(show.loop);
     show.asStored = settings.asStored.value_or(show.asStored);
-    const TransitionChoice choice(settings.transition.value_or("dissolve"), "--transition",
-                                  settings.seed.value_or(1));
+    const TransitionChoice choice = parseTransitionChoice(settings.transition.value_or("dissolve"),
+                                                          "--transition", settings.seed.value_or(1));
     for (const ShowEntry& entry : entries) {
         ShowPicture picture;
         picture.name = entry.name;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Show/Show.h"
+#include "Tools/Command/Values.h"
+#include "Tools/Pictures/Operations.h"
 
 #include <cstdint>
 #include <optional>

@@ -12,17 +12,15 @@
 /// given.
 namespace Imaging::Tool {
 
-/// One step, ready to be carried out. It throws a Failure when the picture is not fit for it.
-using Step = std::function<void(FramedNode&)>;
-
 /// An operation as people know it. Each is one entry of a table; nothing else has to be changed for one more.
 struct Operation {
     std::string name;     ///< the option, such as "--rotate"
     std::string typeName; ///< what its value is called in the help; empty for an option without value
     std::string help;     ///< in lines of at most 52 characters
 
-    /// Makes a step of the value and the modifier's, both with the names of their options. Throws a
-    /// UsageError; reads no files, so that nothing is read before all arguments are right (a step may).
+    /// Makes a step of the value and the modifier's, both with the names of their options. The step throws a
+    /// Failure or an NSException when the picture is not fit for it. Throws a UsageError; reads no files, so
+    /// that nothing is read before all arguments are right (a step may).
     std::function<Step(const GivenText& value, const GivenText& modifier)> make;
 
     /// An option that follows and says more about it, or empty; its value is empty where it is left out.

@@ -9,6 +9,7 @@
 #include "Tools/Files/Input.h"
 #include "Tools/Files/KernelFile.h"
 #include "Tools/Pictures/ApartFromAlpha.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/Operations.h"
 
 #include <cmath>
@@ -130,7 +131,8 @@ std::string inWords(PixelSize size, const std::string& between) {
 
 /// The gray of a picture as a mask of the size that another one has.
 std::shared_ptr<IMGImage> loadMask(const GivenText& file, const FramedNode& picture) {
-    FramedNode mask(loadNode(file.text), file.text);
+    const std::shared_ptr<IMGImage> node = loadNode(file.text);
+    FramedNode mask = processed(node, file.text, {});
     const PixelSize own = mask.size();
     const PixelSize needed = picture.size();
     if (own.width != needed.width || own.height != needed.height) {
@@ -141,7 +143,7 @@ std::shared_ptr<IMGImage> loadMask(const GivenText& file, const FramedNode& pict
                           "'imaging apply MASK --scale " +
                           inWords(needed, "x") + " --fit stretch -o OUT.png'");
     }
-    mask.recompute();
+    naming(file.text, [&] { mask.recompute(); });
     return mask.node();
 }
 

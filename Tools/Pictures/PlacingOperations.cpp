@@ -4,6 +4,7 @@
 #include "Imaging/TransformOperations.h"
 #include "Imaging/Transpose.h"
 #include "Tools/Command/Messages.h"
+#include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/Operations.h"
 
 #include <cmath>
@@ -63,7 +64,11 @@ Step crop(const GivenText& given, const GivenText&) {
         if (number != std::floor(number)) refuse();
     }
     if (numbers[2] < 1 || numbers[3] < 1) refuse();
-    return [numbers](FramedNode& picture) { picture.crop(numbers[0], numbers[1], numbers[2], numbers[3]); };
+    return [numbers](FramedNode& picture) {
+        naming(
+            picture.name(), [&] { picture.crop(numbers[0], numbers[1], numbers[2], numbers[3]); },
+            "--crop: ");
+    };
 }
 
 Step scale(const GivenText& given, const GivenText& fit) {

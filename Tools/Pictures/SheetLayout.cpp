@@ -95,7 +95,7 @@ NSRect SheetLayout::used(std::size_t pictures) const {
                       static_cast<float>(taken.height));
 }
 
-void drawFramed(const Drawing& drawing, NSRect cell, const Border& border, std::int64_t gap) {
+void drawBordered(const Drawing& drawing, NSRect cell, const Border& border, std::int64_t gap) {
     if (border.width == 0) {
         drawing.drawInRect(drawing.placed(cell, Fit::Contain));
         return;

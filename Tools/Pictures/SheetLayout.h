@@ -2,8 +2,8 @@
 
 #include "Platform/Foundation/Geometry.h"
 #include "Platform/Graphics/Color.h"
-#include "Show/Canvas.h"
 #include "Tools/Command/Values.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -46,6 +46,6 @@ private:
 
 /// Draws a picture with its border in the middle of a cell, as large as both fit in. The shadow falls into
 /// the gap around the cell.
-void drawFramed(const Drawing& drawing, Platform::NSRect cell, const Border& border, std::int64_t gap);
+void drawBordered(const Drawing& drawing, Platform::NSRect cell, const Border& border, std::int64_t gap);
 
 } // namespace Imaging::Tool

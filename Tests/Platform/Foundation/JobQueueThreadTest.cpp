@@ -36,6 +36,18 @@ private:
     std::shared_future<void> m_future = m_promise.get_future().share();
 };
 
+/// Gives a signal when it goes.
+class Teller {
+public:
+    explicit Teller(Signal& signal) : m_signal(signal) {}
+    ~Teller() { m_signal.give(); }
+    Teller(const Teller&) = delete;
+    Teller& operator=(const Teller&) = delete;
+
+private:
+    Signal& m_signal;
+};
+
 /// Numbers in the order in which jobs noted them.
 class Notes {
 public:
@@ -409,10 +421,6 @@ TEST(JobQueue, EndsWithTheRunningJobsAndWithoutTheQueuedOnes) {
     began.await();
     {
         // The queued ones are gone as soon as the destructor is under way, which the last of them tells.
-        struct Teller {
-            Signal& signal;
-            ~Teller() { signal.give(); }
-        };
         queue->add([teller = std::make_shared<Teller>(go)] {});
     }
     queue.reset();
@@ -438,10 +446,6 @@ TEST(JobQueue, MayBeDestroyedByItsOwnJob) {
         secondGo.await();
     });
     secondBegan.await();
-    struct Teller {
-        Signal& signal;
-        ~Teller() { signal.give(); }
-    };
     (*queue)->add([&laterRan, teller = std::make_shared<Teller>(secondGo)] { ++laterRan; });
     filled.give();
     ended.await();

@@ -1,7 +1,5 @@
-#include "Imaging/Image.h"
 #include "Platform/Graphics/Color.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Show/ShowPictures.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
@@ -10,28 +8,11 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-
 using namespace TestSupport;
+using namespace Imaging;
 using namespace Imaging::Tool;
 
 namespace {
-
-using Imaging::IMGImage;
-
-/// Nodes that know which picture they are.
-class NumberedNode : public IMGImage {
-public:
-    explicit NumberedNode(std::size_t picture) : number(picture) { ++alive; }
-    ~NumberedNode() override { --alive; }
-
-    std::size_t number;
-    static inline std::atomic<int> alive = 0;
-};
-
-std::size_t numberOf(const FilmPictures::Node& node) {
-    return dynamic_cast<const NumberedNode&>(*node).number;
-}
 
 /// Keeps what is written: the first word of each frame, as often as it is written.
 class ListSink : public FilmSink {
@@ -60,46 +41,6 @@ void paintNumber(FrameBuffer& frame, std::uint32_t number) {
 }
 
 } // namespace
-
-TEST(FilmPictures, ComeInTheirOrderAndLeaveWhenTheyArePast) {
-    const std::vector<std::size_t> order = {4, 0, 2, 0, 1, 3, 4};
-    std::atomic<int> most = 0;
-    {
-        FilmPictures pictures(order, [&](std::size_t picture) {
-            auto node = std::make_shared<NumberedNode>(picture);
-            most = std::max(most.load(), NumberedNode::alive.load());
-            return node;
-        });
-        for (std::size_t place = 0; place < order.size(); ++place) {
-            EXPECT_EQ(numberOf(pictures.at(place, place)), order[place]);
-            if (place + 1 < order.size()) {
-                EXPECT_EQ(numberOf(pictures.at(place + 1, place)), order[place + 1]);
-            }
-        }
-    }
-    EXPECT_LE(most, 3) << "two of a transition and one ahead";
-    EXPECT_EQ(NumberedNode::alive, 0);
-}
-
-TEST(FilmPictures, AFailureReachesWhoAsksForThePictureAndNobodyBefore) {
-    FilmPictures pictures({0, 1, 2}, [](std::size_t picture) {
-        if (picture == 1) throw Failure("one", "it is bad");
-        return std::make_shared<NumberedNode>(picture);
-    });
-    EXPECT_EQ(numberOf(pictures.at(0, 0)), 0U);
-    EXPECT_THROW(pictures.at(1, 0), Failure);
-    EXPECT_EQ(numberOf(pictures.at(0, 0)), 0U);
-    EXPECT_THROW(pictures.at(2, 1), Failure);
-}
-
-TEST(FilmPictures, CanGoAtAnyTime) {
-    for (std::size_t asked = 0; asked < 4; ++asked) {
-        FilmPictures pictures(std::vector<std::size_t>(100, 7),
-                              [](std::size_t picture) { return std::make_shared<NumberedNode>(picture); });
-        for (std::size_t place = 0; place < asked; ++place) pictures.at(place, place);
-    }
-    EXPECT_EQ(NumberedNode::alive, 0);
-}
 
 TEST(FrameQueue, WritesAllFramesInOrderAndEachAsOftenAsAsked) {
     ListSink sink;

@@ -1,15 +1,16 @@
-#include "Show/FramedPicture.h"
+#include "Tools/Film/ShowWords.h"
 
 #include "Imaging/CachedImage.h"
 #include "Platform/Graphics/GraphicsContext.h"
-#include "Show/Canvas.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
+#include "Tools/Pictures/Canvas.h"
 
 #include <gmock/gmock.h>
 
 using namespace TestSupport;
+using namespace Imaging;
 using namespace Imaging::Tool;
 
 namespace {

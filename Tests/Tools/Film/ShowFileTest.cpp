@@ -1,9 +1,9 @@
 #include "Tools/Film/ShowFile.h"
 
-#include "Show/FramedPicture.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
+#include "Tools/Film/ShowWords.h"
 
 #include <gmock/gmock.h>
 
@@ -11,6 +11,7 @@
 #include <sstream>
 
 using namespace TestSupport;
+using namespace Imaging;
 using namespace Imaging::Tool;
 using testing::HasSubstr;
 using testing::StartsWith;

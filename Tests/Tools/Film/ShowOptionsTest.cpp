@@ -13,6 +13,7 @@
 #include <sstream>
 
 using namespace TestSupport;
+using namespace Imaging;
 using namespace Imaging::Tool;
 using testing::ElementsAre;
 using testing::HasSubstr;

@@ -1,12 +1,12 @@
-#include "Show/Show.h"
+#include "Show/Schedule.h"
 
-#include "Tools/Command/Messages.h"
+#include "Platform/Foundation/Exception.h"
 
 #include <gmock/gmock.h>
 
 #include <tuple>
 
-using namespace Imaging::Tool;
+using namespace Imaging;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -47,8 +47,8 @@ std::string complaint(const Show& show) {
     try {
         const Schedule schedule(show);
         return "none, but " + std::to_string(schedule.frameCount()) + " frames";
-    } catch (const UsageError& error) {
-        return error.what();
+    } catch (const Platform::NSException& exception) {
+        return exception.what();
     }
 }
 
@@ -164,13 +164,15 @@ TEST(Schedule, NeverReachesTheEndsWithinATransition) {
     EXPECT_GT(Schedule(show).at(0).weight, 0.0F);
 }
 
-TEST(Schedule, RefusesFilmsWithoutFramesOrWithTooMany) {
-    EXPECT_EQ(complaint(film(2, 0, 0)),
-              "the film would have no frame; give its pictures a longer --hold or --duration");
+TEST(Schedule, RefusesShowsWithoutFramesOrWithTooMany) {
+    EXPECT_EQ(
+        complaint(film(2, 0, 0)),
+        "NSInvalidArgumentException: the show would have no frame; let its pictures stand or its transitions "
+        "take longer");
     EXPECT_THAT(complaint(film(1, 0.019, 0)), HasSubstr("no frame")); // less than half of one
     EXPECT_EQ(complaint(film(1, 0.02, 0)), "none, but 1 frames");
     // 100 million frames are as many as 4 million seconds.
     EXPECT_EQ(complaint(film(46, 86400, 0)), "none, but 99360000 frames");
-    EXPECT_EQ(complaint(film(47, 86400, 0)), "the film would have more than 100000000 frames; take fewer "
-                                             "pictures, shorter times or a smaller --fps");
+    EXPECT_EQ(complaint(film(47, 86400, 0)), "NSRangeException: the show would have more than 100000000 "
+                                             "frames; take fewer pictures, shorter times or a lower rate");
 }

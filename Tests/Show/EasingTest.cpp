@@ -1,10 +1,10 @@
 #include "Show/Easing.h"
 
-#include "Tools/Command/Messages.h"
+#include "Platform/Foundation/Exception.h"
 
 #include <gmock/gmock.h>
 
-using namespace Imaging::Tool;
+using namespace Imaging;
 
 namespace {
 
@@ -47,13 +47,14 @@ TEST(Easing, OutIsInBackwards) {
 }
 
 TEST(Easing, GoesByItsWord) {
-    for (const Easing easing : allEasings) EXPECT_EQ(parseEasing(textOf(easing), "--ease"), easing);
+    for (const Easing easing : allEasings) EXPECT_EQ(easingNamed(textOf(easing)), easing);
     EXPECT_EQ(textOf(Easing::InOut), "in-out");
     try {
-        parseEasing("inout", "--ease");
+        easingNamed("inout");
         FAIL();
-    } catch (const UsageError& error) {
-        EXPECT_STREQ(error.what(), "--ease: there is no easing named 'inout'; known are linear, in, out and "
-                                   "in-out; did you mean 'in-out'?");
+    } catch (const Platform::NSException& exception) {
+        EXPECT_EQ(exception.name(), Platform::NSInvalidArgumentException);
+        EXPECT_EQ(exception.reason(), "there is no easing named 'inout'; known are linear, in, out and "
+                                      "in-out; did you mean 'in-out'?");
     }
 }
