@@ -99,8 +99,9 @@ void ShowCommand::declare(CLI::App& app) {
     app.add_flag("--json", m_json, "Tell the progress, or the plan, as lines of JSON")
         ->disable_flag_override();
     app.add_flag("--skip-bad", m_skip_bad,
-                 "Go on without pictures that cannot be read, or not be\n"
-                 "treated as a show file asks; they are still named")
+                 "Go on without pictures that cannot be read, or whose\n"
+                 "operations cannot be carried out; they are still\n"
+                 "named")
         ->disable_flag_override();
 }
 

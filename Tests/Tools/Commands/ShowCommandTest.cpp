@@ -1,3 +1,7 @@
+// Also tests: Tools/Film/FilmProgress.cpp
+// Also tests: Tools/Film/FilmSheet.cpp
+// Also tests: Tools/Film/PictureCheck.cpp
+
 #include "Tests/Tools/Command/Terminal.h"
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/TestPictures.h"
