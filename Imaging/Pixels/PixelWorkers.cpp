@@ -27,6 +27,8 @@ void requireSizesOfRecords(const Platform::NSBitmapImageRep& bitmap) {
     }
 }
 
+/// Two POSIX threads as the header promises them: a JobQueue's would be neither new ones nor in the hands of
+/// `setThreadCreation`.
 void runPixelWorkers(void* (*worker)(void*), void* firstRecord, void* secondRecord) {
     const std::array<void*, 2> records = {firstRecord, secondRecord};
     const ThreadCreation create = threadCreation; // once, so that both threads are made alike

@@ -19,12 +19,19 @@ consume() { # consume BUILD-FOLDER PREFIX NAME: leaves the program $work/NAME-by
     quietly cmake -G Ninja -S "$work/consumer" -B "$work/$3-build" -DCMAKE_PREFIX_PATH="$prefix"
     quietly cmake --build "$work/$3-build"
     "$work/$3-build/consumer" "$prefix/"
+    "$work/$3-build/show"
 
     libraries="$(dirname "$(find "$prefix" -name imaging.pc)")"
-    flags="$(PKG_CONFIG_PATH="$libraries" pkg-config --define-variable=prefix="$prefix" --cflags --libs imaging)"
-    # shellcheck disable=SC2086
-    g++ -std=c++20 "$source/consumer.cpp" $flags -o "$work/$3-by-pkg-config"
+    by_pkg_config imaging consumer.cpp "$work/$3-by-pkg-config"
     LD_LIBRARY_PATH="$(dirname "$libraries")" "$work/$3-by-pkg-config" "$prefix/"
+    by_pkg_config imaging-show show.cpp "$work/$3-show-by-pkg-config"
+    LD_LIBRARY_PATH="$(dirname "$libraries")" "$work/$3-show-by-pkg-config"
+}
+
+by_pkg_config() { # by_pkg_config PACKAGE SOURCE PROGRAM, of the prefix and libraries of `consume`
+    flags="$(PKG_CONFIG_PATH="$libraries" pkg-config --define-variable=prefix="$prefix" --cflags --libs "$1")"
+    # shellcheck disable=SC2086
+    g++ -std=c++20 "$source/$2" $flags -o "$3"
 }
 
 cp -r "$source" "$work/consumer"
@@ -45,7 +52,7 @@ mv "$work/moved" "$work/shared"
 
 LD_LIBRARY_PATH="$LD_LIBRARY_PATH" "$work/shared/bin/imaging" --version
 
-foreign="$(nm -D --defined-only -C "$LD_LIBRARY_PATH/libImaging.so" |
+foreign="$(nm -D --defined-only -C "$LD_LIBRARY_PATH/libImaging.so" "$LD_LIBRARY_PATH/libImagingShow.so" |
     awk '$2 ~ /[TBDR]/' | grep -vE ' (vtable for |typeinfo( name)? for |non-virtual thunk to |virtual thunk to |guard variable for )?(Imaging|Platform)::' || true)"
 if [[ -n "$foreign" ]]; then
     printf 'The library shows symbols that are not its own:\n%s\n' "$foreign" >&2

@@ -1,3 +1,5 @@
+// Also tests: Show/ShowPictures.cpp
+
 #include "Show/ShowPictures.h"
 
 #include <gtest/gtest.h>

@@ -112,8 +112,9 @@ OptionTable ShowCommand::options() {
                      "Tell the progress, or the plan, as lines of JSON",
                      {.take = toJson, .isFlag = true}},
                     {"--skip-bad", "",
-                     "Go on without pictures that cannot be read, or not be\n"
-                     "treated as a show file asks; they are still named",
+                     "Go on without pictures that cannot be read, or whose\n"
+                     "operations cannot be carried out; they are still\n"
+                     "named",
                      raise(m_skip_bad)}}});
 }
 

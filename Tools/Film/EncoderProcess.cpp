@@ -1,3 +1,6 @@
+// An encoder is a child in a process group of its own, fed through a pipe; what it says on its standard error
+// is kept for the message about its failure.
+
 #include "Tools/Film/EncoderProcess.h"
 
 #include "Tools/Command/Process.h"

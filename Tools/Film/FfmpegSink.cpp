@@ -1,3 +1,5 @@
+// Frames go to ffmpeg as raw pixels; it writes a temporary file, which takes the film's place at the end.
+
 #include "Tools/Film/FfmpegSink.h"
 
 #include "Tools/Command/Messages.h"

@@ -1,3 +1,5 @@
+// The temporary file stands beside the film, so that putting it in its place is one renaming.
+
 #include "Tools/Film/FilmFile.h"
 
 #include "Platform/Foundation/Data.h"

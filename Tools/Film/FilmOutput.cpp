@@ -1,3 +1,6 @@
+// The kind of film follows from the path unless it is said; options that do not fit the kind are refused at
+// once.
+
 #include "Tools/Film/FilmOutput.h"
 
 #include "Tools/Command/Messages.h"

@@ -1,3 +1,5 @@
+// A thread looks at how many frames are written from time to time, and tells it as a bar or as lines of JSON.
+
 #include "Tools/Film/FilmProgress.h"
 
 #include "Tools/Command/Messages.h"

@@ -1,3 +1,5 @@
+// The sheet is the current context while the film is made, and takes the frames that it shows as they go by.
+
 #include "Tools/Film/FilmSheet.h"
 
 #include "Platform/Graphics/GraphicsContext.h"

@@ -1,3 +1,6 @@
+// Frames are encoded by several threads and written under their numbers; until the end their names are kept,
+// so that they can be taken away again.
+
 #include "Tools/Film/NumberedFramesSink.h"
 
 #include "Platform/Codecs/Codec.h"

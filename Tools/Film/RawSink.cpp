@@ -1,3 +1,5 @@
+// Frames are written as they are in memory, a row after the other.
+
 #include "Tools/Film/RawSink.h"
 
 #include "Platform/Foundation/Data.h"

@@ -1,3 +1,5 @@
+// JSON is read key by key, and every complaint begins with the place in the file that it is about.
+
 #include "Tools/Film/ShowFile.h"
 
 #include "Tools/Command/Messages.h"

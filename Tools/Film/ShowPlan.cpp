@@ -1,3 +1,5 @@
+// The parts of the schedule, as a table for people and as lines of JSON for programs.
+
 #include "Tools/Film/ShowPlan.h"
 
 #include "Tools/Command/Messages.h"

@@ -1,3 +1,6 @@
+// Cells are counted in whole pixels from the upper left; a shadow is computed in closed form, not by
+// blurring.
+
 #include "Tools/Pictures/SheetLayout.h"
 
 #include "Platform/Graphics/BitmapImageRep.h"

@@ -1,3 +1,5 @@
+// Also tests: Platform/Foundation/JobQueue.cpp
+
 #include "Platform/Foundation/JobQueue.h"
 
 #include "Platform/Foundation/Exception.h"

@@ -1,3 +1,7 @@
+// Also tests: Tools/Film/FilmProgress.cpp
+// Also tests: Tools/Film/FilmSheet.cpp
+// Also tests: Tools/Film/PictureCheck.cpp
+
 #include "Tests/Tools/Command/Terminal.h"
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/TestPictures.h"
@@ -163,6 +167,75 @@ TEST(ShowCommand, NamesAllBadPicturesBeforeItMakesAnything) {
     const Result none = run({"show", cut, "-o", folder.path("none/"), "--skip-bad"});
     EXPECT_EQ(none.status, 1);
     EXPECT_THAT(none.err, StartsWith("imaging: " + cut + ": the JPEG data ends before"));
+}
+
+namespace {
+
+/// A show file of three pictures of 4 x 2 pixels, the second of which cannot be treated as it says.
+std::string withABadOperation(const TemporaryFolder& folder, const std::string& operation) {
+    folder.write("1.png", pngOf(Picture(4, 2, red)));
+    folder.write("2.png", pngOf(Picture(4, 2, clear), true));
+    folder.write("3.png", pngOf(Picture(4, 2, blue)));
+    return folder.write("show.json", R"({"size": "4x2", "fps": 10, "hold": 0.2, "duration": 0, "pictures": [
+        "1.png", {"file": "2.png", "operations": [)" +
+                                         operation + R"(]}, "2.png", "3.png"]})");
+}
+
+} // namespace
+
+TEST(ShowCommand, TellsOperationsThatCannotBeCarriedOutBeforeAnythingIsDrawn) {
+    for (const auto& [operation, why] : std::vector<std::pair<std::string, std::string>>{
+             {R"({"crop": [9, 0, 2, 2]})",
+              ": --crop: the 2 x 2 pixels at 9,0 lie outside the picture, which is "
+              "4 x 2 pixels there; choose a place inside\n"},
+             {R"({"color": "1,1,0.5"})",
+              ": --color: the picture is RGB with alpha there, which cannot be treated"},
+             {R"({"flip": "vertical"}, {"scale": "400000"})", ": the result would be "}}) {
+        SCOPED_TRACE(operation);
+        const TemporaryFolder folder;
+        // What is large is no harm until an operation has to see it.
+        const std::string file = withABadOperation(folder, operation.find("scale") == std::string::npos
+                                                               ? operation
+                                                               : operation + R"(, {"sharpen": true})");
+        const Result result = run({"show", file, "-o", folder.path("out/")});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, StartsWith("imaging: " + folder.path("2.png") + why));
+        EXPECT_FALSE(std::filesystem::exists(folder.path("out")));
+
+        const Result dry = run({"show", file, "--dry-run"});
+        EXPECT_EQ(dry.status, 1);
+        EXPECT_EQ(dry.err, result.err);
+        EXPECT_EQ(dry.out, "");
+
+        const Result skipping = run({"show", file, "-o", folder.path("out/"), "--skip-bad"});
+        EXPECT_EQ(skipping.status, 0);
+        EXPECT_EQ(skipping.err, result.err) << "it is still named";
+        EXPECT_EQ(namesIn(folder.path("out")).size(), 6U) << "the same file without operations stays";
+        EXPECT_THAT(run({"show", file, "--dry-run", "--skip-bad"}).out, StartsWith("3 pictures, 6 frames "));
+    }
+}
+
+TEST(ShowCommand, NamesTheMaskThatDoesNotFitAPicture) {
+    const TemporaryFolder folder;
+    folder.write("mask.png", pngOf(Picture(3, 3, white)));
+    const std::string file = withABadOperation(folder, R"({"mask": "mask.png"})");
+    for (const Arguments& rest : {Arguments{"-o", folder.path("out/")}, {"--dry-run"}}) {
+        const Result result = run(Arguments{"show", file} + rest);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, StartsWith("imaging: " + folder.path("mask.png") +
+                                           ": --mask: the mask has 3 x 3 pixels, the picture 4 x 2 there"));
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.path("out")));
+}
+
+TEST(ShowCommand, CarriesOutOperationsThatOnlyPixelsCanTellAbout) {
+    const TemporaryFolder folder;
+    folder.write("1.png", pngOf(Picture(4, 2, white), true)); // with alpha, but opaque
+    const std::string file = folder.write(
+        "show.json",
+        R"({"size": "4x2", "pictures": [{"file": "1.png", "operations": [{"color": "1,0,0"}]}]})");
+    EXPECT_THAT(run({"show", file, "--dry-run"}).out, StartsWith("1 picture, 75 frames "));
+    EXPECT_EQ(pixelsOf(rawFilm({file}), 74, 8), std::vector<Pixel>(8, red));
 }
 
 TEST(ShowCommand, TellsItsProgressInLinesOfJson) {

@@ -1,3 +1,10 @@
+// Also tests: Tools/Film/EncoderProcess.cpp
+// Also tests: Tools/Film/FfmpegSink.cpp
+// Also tests: Tools/Film/FilmFile.cpp
+// Also tests: Tools/Film/FilmOutput.cpp
+// Also tests: Tools/Film/NumberedFramesSink.cpp
+// Also tests: Tools/Film/RawSink.cpp
+
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/TestPictures.h"
 

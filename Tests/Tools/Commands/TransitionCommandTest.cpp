@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdlib>
 #include <set>
 
@@ -214,7 +215,13 @@ TEST_F(TransitionCommand, LeavesNoLinesWherePicturesMeet) {
 }
 
 TEST_F(TransitionCommand, SaysWhatIsWrongWithItsOptions) {
-    const std::string known = "dissolve, spin, push, slide, wipe, slide-changer, zoom, iris and color-fade";
+    std::vector<std::string> names;
+    for (const nlohmann::json& kind : nlohmann::json::parse(run({"transitions", "--json"}).out)) {
+        if (kind["available"]) names.push_back(kind["name"]);
+    }
+    std::string known = names.front();
+    for (std::size_t i = 1; i < names.size(); ++i)
+        known += (i + 1 < names.size() ? ", " : " and ") + names[i];
     expectRefused({}, "the transition is missing: --kind NAME; known are " + known);
     expectRefused({"--kind", "irsi"}, "--kind: there is no transition named 'irsi'; known are " + known +
                                           "; did you mean 'iris'?");
@@ -241,6 +248,35 @@ TEST_F(TransitionCommand, SaysWhatIsWrongWithItsOptions) {
     expectRefused({"--kind", "zoom", "--background", "#0000"},
                   "--background: '#0000' lets something through, which a film cannot; give an opaque colour");
     expectRefused({"--kind", "zoom", m_red}, "'" + m_red + "' is one too many: this takes two pictures");
+}
+
+TEST_F(TransitionCommand, HasAnOptionForEveryParameterOfEveryKind) {
+    const std::string help = run({"transition", "--help"}).out;
+    int count = 0;
+    for (const nlohmann::json& kind : nlohmann::json::parse(run({"transitions", "--json"}).out)) {
+        for (const nlohmann::json& parameter : kind["parameters"]) {
+            const std::string name = parameter["name"];
+            EXPECT_THAT(help, HasSubstr("--" + name));
+            if (!kind["available"]) continue;
+            const Result result =
+                run({"transition", m_red, m_blue, "--kind", kind["name"], "--" + name, parameter["default"],
+                     "--cell", "16x16", "-o", m_folder.path("sheet.png")});
+            EXPECT_EQ(result.err, "") << kind["name"] << " " << name;
+            ++count;
+        }
+    }
+    EXPECT_GT(count, 5);
+}
+
+TEST_F(TransitionCommand, RefusesColoursThatLetSomethingThrough) {
+    expectRefused(
+        {"--kind", "color-fade:color=transparent"},
+        "--kind: color-fade:color: 'transparent' lets something through, which a film cannot; give an "
+        "opaque colour");
+    expectRefused(
+        {"--kind", "slide-changer", "--color", "#ff000080"},
+        "--kind: slide-changer:color: '#ff000080' lets something through, which a film cannot; give an "
+        "opaque colour");
 }
 
 TEST_F(TransitionCommand, NeedsTwoPictures) {
@@ -296,15 +332,19 @@ TEST(TransitionsCommand, IsJsonToo) {
         EXPECT_EQ(kind["available"].get<bool>(), kind["name"] != "cube");
         EXPECT_FALSE(kind["summary"].get<std::string>().empty());
     }
-    EXPECT_EQ(names, (std::set<std::string>{"dissolve", "spin", "cube", "push", "slide", "wipe",
-                                            "slide-changer", "zoom", "iris", "color-fade"}));
-    const nlohmann::json& slide = kinds[4];
-    EXPECT_EQ(slide["name"], "slide");
+    EXPECT_EQ(names.size(), kinds.size());
+    const std::string list = run({"transitions"}).out;
+    for (const std::string& name : names) EXPECT_THAT("\n" + list, HasSubstr("\n" + name + " "));
+    const auto kindNamed = [&](const std::string& name) {
+        return *std::find_if(kinds.begin(), kinds.end(),
+                             [&](const auto& kind) { return kind["name"] == name; });
+    };
+    const nlohmann::json slide = kindNamed("slide");
     EXPECT_EQ(slide["parameters"][0]["name"], "direction");
     EXPECT_EQ(slide["parameters"][0]["type"], "word");
     EXPECT_EQ(slide["parameters"][0]["default"], "left");
     EXPECT_EQ(slide["parameters"][0]["words"], (nlohmann::json{"left", "right", "up", "down"}));
-    const nlohmann::json& balance = kinds[9]["parameters"][1];
+    const nlohmann::json balance = kindNamed("color-fade")["parameters"][1];
     EXPECT_EQ(balance["type"], "number");
     EXPECT_EQ(balance["low"], -1);
     EXPECT_EQ(balance["high"], 1);

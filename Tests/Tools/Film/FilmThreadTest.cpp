@@ -1,3 +1,5 @@
+// Also tests: Tools/Film/FrameQueue.cpp
+
 #include "Platform/Graphics/Color.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tests/Platform/Foundation/TemporaryFolder.h"

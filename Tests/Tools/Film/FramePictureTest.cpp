@@ -1,3 +1,6 @@
+// Also tests: Show/FramedPicture.cpp
+// Also tests: Tools/Pictures/Canvas.cpp
+
 #include "Tools/Film/ShowWords.h"
 
 #include "Imaging/CachedImage.h"

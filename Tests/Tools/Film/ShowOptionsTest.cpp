@@ -1,3 +1,6 @@
+// Also tests: Tools/Film/ShowPlan.cpp
+// Also tests: Tools/Film/ShowSettings.cpp
+
 #include "Tools/Film/ShowOptions.h"
 
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
