@@ -26,6 +26,7 @@ NSAffineTransformStruct product(const NSAffineTransformStruct& first, const NSAf
     return r;
 }
 
+/// In double, where the products of floats are exact and their difference rounds once.
 double determinant(const NSAffineTransformStruct& m) {
     return static_cast<double>(m.m11) * m.m22 - static_cast<double>(m.m12) * m.m21;
 }
@@ -37,6 +38,7 @@ void NSAffineTransform::translateXBy(float deltaX, float deltaY) {
 }
 
 void NSAffineTransform::scaleXBy(float scaleX, float scaleY) {
+    // The product with a transform that only scales, whose other terms are 0.
     m_entries.m11 *= scaleX;
     m_entries.m12 *= scaleX;
     m_entries.m21 *= scaleY;
@@ -44,6 +46,7 @@ void NSAffineTransform::scaleXBy(float scaleX, float scaleY) {
 }
 
 void NSAffineTransform::rotateByDegrees(float angle) {
+    // Angles of many turns are brought to one before they lose digits in radians.
     const double turn = std::fmod(static_cast<double>(angle), 360.0);
     if (std::fmod(turn, 90.0) == 0.0) {
         static constexpr double sines[] = {0, 1, 0, -1};
@@ -60,6 +63,7 @@ void NSAffineTransform::rotateByRadians(float angle) {
 }
 
 void NSAffineTransform::rotateBySineAndCosine(double sine, double cosine) {
+    // The product with a rotation, without rounding the rotation itself to floats first.
     const NSAffineTransformStruct m = m_entries;
     m_entries.m11 = static_cast<float>(cosine * m.m11 + sine * m.m21);
     m_entries.m12 = static_cast<float>(cosine * m.m12 + sine * m.m22);
@@ -84,6 +88,7 @@ void NSAffineTransform::invert() {
     if (!isInvertible()) throw NSException(NSGenericException, "the affine transform has no inverse");
     const NSAffineTransformStruct m = m_entries;
     const double det = determinant(m);
+    // The entries stay doubles until the translation, which is made of them, is computed too.
     const double m11 = m.m22 / det;
     const double m12 = -m.m12 / det;
     const double m21 = -m.m21 / det;

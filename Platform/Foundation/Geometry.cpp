@@ -11,10 +11,12 @@ namespace Imaging::Platform {
 
 namespace {
 
+/// Edges come from comparisons and roundings; origin and size are what remains of them.
 NSRect rectFromEdges(float minX, float minY, float maxX, float maxY) {
     return NSMakeRect(minX, minY, maxX - minX, maxY - minY);
 }
 
+/// std::to_chars rather than printf, which would write the locale's decimal comma.
 std::string pairInBraces(float first, float second) {
     std::string text = "{";
     for (const float number : {first, second}) {
@@ -29,6 +31,7 @@ std::string pairInBraces(float first, float second) {
 
 } // namespace
 
+// Whoever is empty has no say, so that unions can begin with the zero rectangle.
 NSRect NSUnionRect(NSRect a, NSRect b) {
     if (NSIsEmptyRect(a)) return NSIsEmptyRect(b) ? NSZeroRect : b;
     if (NSIsEmptyRect(b)) return a;

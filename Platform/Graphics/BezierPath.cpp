@@ -19,6 +19,7 @@ namespace {
 /// 4/3 · (sqrt(2) − 1).
 constexpr float quarterCircleControl = 0.5522847498f;
 
+/// Rounded once, from the double in which extents are found.
 NSRect rectFromExtents(double minX, double minY, double maxX, double maxY) {
     const auto x = static_cast<float>(minX);
     const auto y = static_cast<float>(minY);
@@ -125,6 +126,7 @@ void NSBezierPath::appendBezierPathWithRect(NSRect rect) {
     closePath();
 }
 
+// A copy first: a path may be appended to itself.
 void NSBezierPath::appendBezierPath(const NSBezierPath& path) {
     if (path.isEmpty()) return;
     const std::vector<PathElement> added = path.m_elements;
@@ -150,6 +152,7 @@ std::optional<NSPoint> NSBezierPath::currentPoint() const {
     return last.points[last.kind == NSBezierPathElement::CurveTo ? 2 : 0];
 }
 
+// Points that an element does not use are zero and must not count.
 NSRect NSBezierPath::controlPointBounds() const {
     if (m_elements.empty()) return NSZeroRect;
     NSPoint low = m_elements.front().points[0];

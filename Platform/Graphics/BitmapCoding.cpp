@@ -16,6 +16,7 @@ namespace Imaging::Platform {
 
 namespace {
 
+/// A point is 1/72 inch; where a picture declares no resolution it is a pixel.
 NSSize declaredSize(const PictureHeader& header) {
     const auto points = [](std::uint32_t pixels, double resolution) {
         return static_cast<float>(resolution > 0 ? pixels * 72.0 / resolution : pixels);
@@ -23,6 +24,7 @@ NSSize declaredSize(const PictureHeader& header) {
     return {points(header.width, header.resolutionX), points(header.height, header.resolutionY)};
 }
 
+/// Decoders give samples with or without profile; the space only says what kinds there are.
 std::string_view calibratedSpace(SampleColor color) {
     switch (color) {
     case SampleColor::White:
@@ -107,6 +109,7 @@ PixelBuffer encodersCopy(const SourcePixels& pixels, const PixelLayout& layout, 
     return copy;
 }
 
+/// What goes wrong becomes the caller's error here: no exception of a codec leaves a bitmap.
 std::optional<NSData> encodeBitmap(const NSBitmapImageRep& bitmap, std::string_view format,
                                    const EncodeOptions& options, NSError* error) {
     const std::shared_ptr<const Codec> codec = codecForFormat(format);
@@ -135,6 +138,7 @@ std::optional<NSData> encodeBitmap(const NSBitmapImageRep& bitmap, std::string_v
     return std::nullopt;
 }
 
+/// The registry knows formats by name, so that an application's own codec can take a type over.
 std::string_view formatOfType(int type) {
     switch (type) {
     case NSTIFFFileType:

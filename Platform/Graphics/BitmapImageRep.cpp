@@ -14,6 +14,7 @@ namespace Imaging::Platform {
 
 namespace {
 
+/// 0 for a name that is none of ours.
 int colorSamplesOf(std::string_view colorSpaceName) {
     for (const std::string_view gray : {NSCalibratedWhiteColorSpace, NSCalibratedBlackColorSpace,
                                         NSDeviceWhiteColorSpace, NSDeviceBlackColorSpace}) {
@@ -96,6 +97,7 @@ NSBitmapImageRep::bitmapWithUninitialisedPixels(const NSBitmapDescription& descr
     return bitmapOnOwnPixels(description, PixelBuffer::uninitialised);
 }
 
+/// All planes lie in one piece of memory, one after another.
 std::shared_ptr<NSBitmapImageRep>
 NSBitmapImageRep::bitmapOnOwnPixels(const NSBitmapDescription& description,
                                     PixelBuffer (*allocate)(std::size_t size)) {
@@ -142,6 +144,7 @@ void NSBitmapImageRep::setProperty(std::string_view name, NSImageProperty value)
     m_properties.insert_or_assign(std::string(name), std::move(value));
 }
 
+/// Checked for each sample: these are for looking at pixels, not for going over pictures.
 std::uint8_t* NSBitmapImageRep::sampleAddress(std::int64_t x, std::int64_t y, int sample) const {
     if (x < 0 || y < 0 || x >= pixelsWide() || y >= pixelsHigh()) {
         throw NSException(NSRangeException, "pixel outside the bitmap");

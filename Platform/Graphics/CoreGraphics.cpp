@@ -58,6 +58,7 @@ PixelLayout layoutOf(const CGImage& image) {
     return layout;
 }
 
+/// The image's memory in place; it lives as long as the image.
 SourcePixels pixelsOf(const CGImage& image) {
     SourcePixels pixels;
     pixels.planes[0] = image.provider->data();
@@ -79,6 +80,7 @@ std::optional<std::uint64_t> neededBytes(std::size_t pixelBytes, std::size_t wid
     return *before + *row;
 }
 
+/// Components of other depths would have to be taken apart bit by bit.
 bool isSupportedDepth(std::size_t bits) { return bits == 8 || bits == 16; }
 
 /// Source-over of one row of premultiplied RGBA onto another, rounded to nearest.
@@ -156,6 +158,8 @@ SourcePixels BitmapContext::presentPixels() const {
     return pixels;
 }
 
+/// Where an image lands if nothing about it has to be computed anew: at its own size, on whole pixels,
+/// without clip or alpha.
 std::optional<PixelOffset> BitmapContext::wholePixelOffset(NSRect rect, const CGImage& image) const {
     const NSAffineTransformStruct m = m_state.transform.transformStruct();
     const bool onlyMoves = m.m11 == 1 && m.m12 == 0 && m.m21 == 0 && m.m22 == 1;
@@ -170,6 +174,7 @@ std::optional<PixelOffset> BitmapContext::wholePixelOffset(NSRect rect, const CG
     return PixelOffset{static_cast<std::int64_t>(x), bottom - static_cast<std::int64_t>(image.height)};
 }
 
+/// Row by row at the bitmap's own depth, so that 16 bits stay 16 bits.
 template<class Sample>
 void BitmapContext::carryOver(PixelOffset offset, const CGImage& image) {
     const PixelLayout layout = layoutOf(image);
@@ -200,6 +205,7 @@ void BitmapContext::carryOver(PixelOffset offset, const CGImage& image) {
     }
 }
 
+/// Everything else is drawn in 8 bits, on a copy of the whole bitmap.
 void BitmapContext::drawThroughSurface(NSRect rect, const CGImage& image) {
     const CairoSurface surface = pixelSurfaceOf(presentPixels(), m_layout);
     {

@@ -113,6 +113,7 @@ std::shared_ptr<NSImage> NSImage::imageWithData(NSData data, NSError* error) {
     return image;
 }
 
+// Encoded bytes are kept for archives only as long as they are what the picture shows.
 void NSImage::contentChanged() {
     m_encoded_data.reset();
     recache();
@@ -148,6 +149,7 @@ void NSImage::setCacheMode(int mode) {
 
 void NSImage::recache() { m_drawable.reset(); }
 
+// By pixels rather than by size: what has most of them shows most when it is drawn large.
 std::shared_ptr<NSImageRep> NSImage::bestRepresentation() const {
     std::shared_ptr<NSImageRep> best;
     for (const std::shared_ptr<NSImageRep>& candidate : m_representations) {
@@ -159,6 +161,7 @@ std::shared_ptr<NSImageRep> NSImage::bestRepresentation() const {
     return best;
 }
 
+// A representation of another size stands in the corner unless the picture says that it scales.
 bool NSImage::fillsPicture(const NSImageRep& representation) const {
     return m_scales_when_resized || NSEqualSizes(representation.size(), m_size);
 }
@@ -176,6 +179,7 @@ std::shared_ptr<DrawablePicture> NSImage::makeDrawable() const {
     return cached->picture()->withBounds(bounds);
 }
 
+// Without a cache the picture is made for one draw and goes with its last owner.
 std::shared_ptr<DrawablePicture> NSImage::drawable() {
     if (m_drawable != nullptr) return m_drawable;
     std::shared_ptr<DrawablePicture> made = makeDrawable();

@@ -34,6 +34,8 @@ using Samples = hn::ScalableTag<std::int16_t>;
 using Vector = hn::Vec<Samples>;
 using Bytes = hn::Rebind<std::uint8_t, Samples>;
 
+/// What the formulas need, on vectors. Sums saturate, so that sources with more colour than alpha end at
+/// white.
 struct VectorMath {
     using Number = Vector;
 
@@ -48,6 +50,7 @@ struct VectorMath {
     Vector full() const { return hn::Set(Samples(), 255 << 7); }
 };
 
+/// Each pixel's alpha in the place of all its four samples.
 Vector alphaOf(Vector pixels) {
     static constexpr std::array<std::uint8_t, 16> places = {6,  7,  6,  7,  6,  7,  6,  7,
                                                             14, 15, 14, 15, 14, 15, 14, 15};
@@ -56,6 +59,7 @@ Vector alphaOf(Vector pixels) {
         Samples(), hn::TableLookupBytes(hn::BitCast(bytes, pixels), hn::LoadDup128(bytes, places.data())));
 }
 
+/// Bytes as samples in steps of 1/128, and back, rounded to nearest.
 Vector load(const std::uint32_t* words) {
     return hn::ShiftLeft<7>(
         hn::PromoteTo(Samples(), hn::LoadU(Bytes(), reinterpret_cast<const std::uint8_t*>(words))));
@@ -142,6 +146,7 @@ namespace {
 
 HWY_EXPORT(blend);
 
+// The same arithmetic on single numbers, with the rounding and saturation that vectors have.
 std::int16_t saturated(int value) { return static_cast<std::int16_t>(std::clamp(value, -32768, 32767)); }
 
 struct PlainMath {
@@ -175,6 +180,7 @@ std::uint32_t packed(const Pixel& pixel) {
     return word;
 }
 
+/// A pixel at a time. A coverage below 0 stands for none being given.
 struct BlendPlain {
     const Blend& blend;
     const std::uint32_t* source;

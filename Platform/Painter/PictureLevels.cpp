@@ -26,6 +26,7 @@ Pictures& pictures() {
     return *instance;
 }
 
+/// Rows are read by all cores at once, each a band of its own.
 std::shared_ptr<PixelImage> readWhole(const PictureRows& rows) {
     std::shared_ptr<PixelImage> image = PixelImage::uninitialised(rows.width(), rows.height());
     forEachRowBand(rows.height(), minimumRowsPerBand(rows.width()),
@@ -100,6 +101,8 @@ std::shared_ptr<PixelImage> PictureLevels::madeLevel(Levels& levels, int k) cons
     return levels[index];
 }
 
+// While somebody draws into the picture its halves change with every stroke, so they are made for this call
+// alone.
 std::shared_ptr<const PixelImage> PictureLevels::level(int k) {
     const std::lock_guard guard(m_lock);
     if (!m_changing) return madeLevel(m_levels, k);
@@ -127,6 +130,7 @@ void PictureLevels::endChanges(bool changed) {
     m_rows = nullptr;
 }
 
+// The first word is enough to tell: pictures share pixels wholly or not at all.
 bool PictureLevels::holds(const std::uint32_t* word) const {
     const std::lock_guard guard(m_lock);
     return m_levels[0] != nullptr && m_levels[0]->row(0) == word;
@@ -141,6 +145,7 @@ std::shared_ptr<PixelImage> PictureLevels::copiedPixels() {
     return to;
 }
 
+// What was drawn into a picture exists nowhere else and stays; its halves can be made again.
 void PictureLevels::letGo() {
     const std::lock_guard guard(m_lock);
     const bool keepsPixels = m_rows == nullptr || m_changing;

@@ -55,6 +55,7 @@ class WholePixelReader : public RowReader {
 public:
     WholePixelReader(const PixelImage& image, const WholeMap& map) : m_image(image), m_map(map) {}
 
+    /// Where the row runs along the picture's own rows it is handed out where it stands, without copying.
     const std::uint32_t* read(int x, int y, int count, std::uint32_t* words) override {
         const std::int64_t column =
             m_map.column + std::int64_t{x} * m_map.columnPerX + std::int64_t{y} * m_map.columnPerY;
@@ -79,6 +80,7 @@ private:
         return column >= 0 && column < m_image.width() && row >= 0 && row < m_image.height();
     }
 
+    /// Pixels beyond the edges are the outermost ones, looked up one by one.
     void readClamped(std::int64_t column, std::int64_t row, int count, std::uint32_t* words) const {
         for (int i = 0; i < count; ++i, column += m_map.columnPerX, row += m_map.rowPerX) {
             const auto y = static_cast<int>(std::clamp<std::int64_t>(row, 0, m_image.height() - 1));

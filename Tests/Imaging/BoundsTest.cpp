@@ -1,4 +1,5 @@
 #include "Imaging/Bounds.h"
+#include "Platform/Graphics/BezierPath.h"
 
 #include "Tests/Imaging/ImagingTestSupport.h"
 

@@ -2,6 +2,7 @@
 
 #include "Imaging/GraphicsContext.h"
 #include "Platform/Foundation/KeyedArchiver.h"
+#include "Platform/Graphics/BezierPath.h"
 #include "Tests/Imaging/ImagingTestSupport.h"
 
 #include <gtest/gtest.h>

@@ -3,6 +3,7 @@
 #include "Imaging/ColorFunction.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Graphics/Appearance.h"
+#include "Platform/Graphics/BezierPath.h"
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>

@@ -33,6 +33,7 @@ struct CloseWriting {
     void operator()(GifFileType* file) const { EGifCloseFile(file, nullptr); }
 };
 
+/// giflib asks for bytes in order and takes fewer than it asked for as the end.
 int readBytes(GifFileType* file, GifByteType* to, int count) {
     auto& unread = *static_cast<ByteView*>(file->UserData);
     const std::size_t there = std::min(unread.size(), static_cast<std::size_t>(std::max(count, 0)));
@@ -41,6 +42,7 @@ int readBytes(GifFileType* file, GifByteType* to, int count) {
     return static_cast<int>(there);
 }
 
+/// giflib's numbers as our exceptions.
 [[noreturn]] void raise(int error) {
     switch (error) {
     case D_GIF_ERR_EOF_TOO_SOON:
@@ -87,6 +89,7 @@ private:
     NSData m_profile;
 };
 
+/// All records up to the first picture; its header is the last thing before its pixels.
 void GifReader::readUpToPixels() {
     GifRecordType kind = UNDEFINED_RECORD_TYPE;
     while (kind != IMAGE_DESC_RECORD_TYPE) {
@@ -100,6 +103,8 @@ void GifReader::readUpToPixels() {
     if (width() == 0 || height() == 0) failForDamage(formatName, "its picture has no pixels");
 }
 
+/// Two kinds count: the one that tells the transparent colour and the one that holds a profile, which comes
+/// in blocks of up to 255 bytes.
 void GifReader::readExtension() {
     int code = 0;
     GifByteType* block = nullptr; // its length, and then as many bytes
@@ -119,6 +124,7 @@ void GifReader::readExtension() {
     }
 }
 
+/// Otherwise something of the screen shows through, and the picture has alpha.
 bool GifReader::coversScreen() const {
     const auto screenWidth = static_cast<std::uint32_t>(m_file->SWidth);
     const auto screenHeight = static_cast<std::uint32_t>(m_file->SHeight);

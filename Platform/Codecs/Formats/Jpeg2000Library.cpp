@@ -16,6 +16,7 @@ constexpr std::size_t bufferSize = std::size_t{1} << 20;
 
 Jpeg2000Memory& memoryOf(void* user) { return *static_cast<Jpeg2000Memory*>(user); }
 
+/// openjpeg takes -1 for the end, whatever was asked for.
 OPJ_SIZE_T readMemory(void* to, OPJ_SIZE_T count, void* user) {
     Jpeg2000Memory& memory = memoryOf(user);
     const std::size_t there = std::min(memory.input.size() - memory.position, count);
@@ -43,6 +44,7 @@ OPJ_SIZE_T writeMemory(void* from, OPJ_SIZE_T count, void* user) {
     return count;
 }
 
+/// A file that is written grows when it is sought beyond its end; one that is read does not.
 OPJ_BOOL seekMemory(OPJ_OFF_T to, void* user) {
     Jpeg2000Memory& memory = memoryOf(user);
     if (to < 0) return OPJ_FALSE;

@@ -16,6 +16,7 @@ namespace {
                          "there is not enough memory for a picture of " + std::to_string(bytes) + " bytes");
 }
 
+/// Memory that cannot be had is a picture that is too large, not the end of the program.
 template<class Allocate>
 PixelBuffer allocated(std::uint64_t size, Allocate allocate) {
     if (size > std::numeric_limits<std::size_t>::max()) failForMemory(size);
@@ -81,6 +82,7 @@ std::uint64_t bigEndian(ByteView bytes, std::size_t offset, std::size_t count) {
     return value;
 }
 
+// Called by C libraries, which exceptions must not pass through.
 bool appendBytes(NSData& to, const std::uint8_t* from, std::size_t count) noexcept {
     try {
         to.insert(to.end(), from, from + count);

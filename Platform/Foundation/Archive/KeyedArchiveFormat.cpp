@@ -21,6 +21,7 @@ locale_t cLocale() {
     return locale;
 }
 
+/// Nine digits are enough to get every float back, whatever the locale.
 void appendNumber(std::string& text, float value) {
     std::array<char, 32> digits{};
     const auto [end, failure] = std::to_chars(digits.data(), digits.data() + digits.size(),
@@ -46,6 +47,7 @@ void skipSpaces(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
 }
 
+// The pieces of a pattern, each taken off the front of the text.
 bool takeNumber(std::string_view& text, float& number) {
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (failure != std::errc()) return false;
@@ -129,6 +131,7 @@ void throwDamagedArchive(const std::string& reason) {
     throw NSException(NSInvalidUnarchiveOperationException, reason);
 }
 
+// Texts come from files that may be made to hurt: no control characters, and no long lines.
 std::string textForMessage(std::string_view text) {
     constexpr std::size_t longest = 80;
     std::string result(text.substr(0, longest));

@@ -15,6 +15,8 @@ namespace Imaging::Platform {
 
 namespace {
 
+/// The limits count bytes as they will be allocated. Sides are kept so short that a row's bytes fit in an
+/// int, in which Cairo counts them.
 std::size_t checkedBytes(std::int64_t width, std::int64_t height) {
     const std::string measures = std::to_string(width) + " x " + std::to_string(height) + " pixels";
     if (width <= 0 || height <= 0) {
@@ -52,6 +54,7 @@ void halveRows(const std::uint32_t* above, const std::uint32_t* below, int width
         meanRow(above, below, words, static_cast<std::size_t>(width));
         return;
     }
+    // The vector code takes whole pairs; an odd last column has no neighbour but itself.
     const std::size_t pairs = static_cast<std::size_t>(width) / 2;
     halveRow(above, below, words, pairs);
     if (width % 2 != 0) meanRow(above + 2 * pairs, below + 2 * pairs, words + pairs, 1);
@@ -64,6 +67,7 @@ std::shared_ptr<PixelImage> halved(const PixelImage& image, bool acrossX, bool a
     forEachRowBand(height, minimumRowsPerBand(image.width()), [&](std::int64_t first, std::int64_t end) {
         for (int y = static_cast<int>(first); y < end; ++y) {
             const int above = acrossY ? 2 * y : y;
+            // An odd last row is halved with itself, which leaves it as it is.
             const int below = acrossY ? std::min(above + 1, image.height() - 1) : above;
             halveRows(image.row(above), image.row(below), image.width(), acrossX, result->row(y));
         }

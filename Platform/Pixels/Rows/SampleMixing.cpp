@@ -48,11 +48,13 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Samples = hn::ScalableTag<std::int16_t>;
 using Vector = hn::Vec<Samples>;
 
+/// p + (q − p)·factor. The difference of two samples fits in 16 bits, and so does what is added.
 template<class Tag>
 hn::Vec<Tag> mixed(Tag, hn::Vec<Tag> p, hn::Vec<Tag> q, hn::Vec<Tag> factor) {
     return hn::Add(p, hn::MulFixedPoint15(hn::Sub(q, p), factor));
 }
 
+/// Bytes as samples in steps of 1/128: the largest factor of two that leaves room for the sign.
 template<class Tag>
 hn::Vec<Tag> load(Tag tag, const std::uint32_t* words) {
     const hn::Rebind<std::uint8_t, Tag> bytes;
@@ -60,12 +62,14 @@ hn::Vec<Tag> load(Tag tag, const std::uint32_t* words) {
         hn::PromoteTo(tag, hn::LoadU(bytes, reinterpret_cast<const std::uint8_t*>(words))));
 }
 
+/// Back to bytes. Half a step is added first, so that halves are rounded upward.
 template<class Tag>
 auto rounded(Tag tag, hn::Vec<Tag> samples) {
     const hn::Rebind<std::uint8_t, Tag> bytes;
     return hn::DemoteTo(bytes, hn::ShiftRight<7>(hn::SaturatedAdd(samples, hn::Set(tag, 64))));
 }
 
+/// A vector of samples at a time, all its taps one after another, so that sums never leave the registers.
 void rows(const std::uint32_t* const* from, const std::int16_t* factors, std::size_t taps,
           std::int16_t* samples, std::size_t count) {
     const Samples tag;
@@ -86,6 +90,8 @@ void rows(const std::uint32_t* const* from, const std::int16_t* factors, std::si
     mixRowsPlain(rest.data(), factors, taps, samples + x * 4, count - x);
 }
 
+/// Two pixels at a time on every instruction set: each begins at a place of its own, so that wider vectors
+/// would have to be put together of more pieces.
 void columns(const std::int16_t* samples, const ColumnMix& mix, std::size_t from, std::size_t end,
              std::uint32_t* words) {
     const hn::FixedTag<std::int16_t, 8> two;
@@ -119,6 +125,7 @@ Vector between(const std::uint32_t* above, const std::uint32_t* below, Vector do
     return mixed(tag, p, load(tag, below), down);
 }
 
+/// The factors that are 0 are told at compile time, so that moves along one axis cost half.
 template<bool sideways, bool downward>
 void shiftedBy(const std::uint32_t* above, const std::uint32_t* below, std::int16_t right, std::int16_t down,
                std::uint32_t* words, std::size_t count) {
@@ -174,6 +181,8 @@ Vector square(Words aboveLeft, Words aboveRight, Words belowLeft, Words belowRig
     return mixed(tag, above, below, y);
 }
 
+/// The neighbours lie in pairs of left and right, which are taken apart first. The last vector may go beyond
+/// the count: there is room for all squares in both arrays.
 void squares(const Squares& from, std::size_t count, std::uint32_t* words) {
     const hn::ScalableTag<std::uint32_t> pixels;
     const hn::Repartition<std::uint8_t, decltype(pixels)> bytes;
@@ -203,6 +212,7 @@ void squares(const Squares& from, std::size_t count, std::uint32_t* words) {
     }
 }
 
+/// Sums of four bytes fit in 16 bits, so that nothing is rounded before the end.
 void halves(const std::uint32_t* above, const std::uint32_t* below, std::uint32_t* words, std::size_t count) {
     const hn::ScalableTag<std::uint32_t> pixels;
     const hn::Repartition<std::uint8_t, decltype(pixels)> bytes;
@@ -255,6 +265,7 @@ HWY_EXPORT(squares);
 HWY_EXPORT(shifted);
 HWY_EXPORT(halves);
 
+// The same arithmetic on single numbers. The product of a difference and a factor fits in 32 bits.
 int scaledBy(int difference, std::int16_t factor) { return (difference * factor + 16384) >> 15; }
 
 int sampleOf(std::uint32_t word, std::size_t i) { return static_cast<int>(word >> 8 * i & 0xff) << 7; }

@@ -1,4 +1,5 @@
 #include "Platform/Graphics/Color.h"
+#include "Platform/Graphics/BezierPath.h"
 
 #include "Tests/Support/Pixels.h"
 

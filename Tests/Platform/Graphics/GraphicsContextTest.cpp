@@ -1,4 +1,5 @@
 #include "Platform/Graphics/GraphicsContext.h"
+#include "Platform/Graphics/BezierPath.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Tests/Support/Pixels.h"

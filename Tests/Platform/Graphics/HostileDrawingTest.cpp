@@ -1,6 +1,7 @@
 // Also tests: Platform/Graphics/Cairo/CairoPaths.cpp
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/Graphics/BezierPath.h"
 #include "Tests/Support/Pixels.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 // Also tests: Platform/Painter/Painter.cpp
 
 #include "Platform/Graphics/Cairo/Compositing.h"
+#include "Platform/Graphics/BezierPath.h"
 
 #include "Platform/Foundation/Exception.h"
 #include "Tests/Support/Pixels.h"

@@ -3,6 +3,7 @@
 // Also tests: Platform/Graphics/Cairo/CairoPixels.cpp
 // Also tests: Platform/Graphics/Pictures/PictureDrawing.cpp
 
+#include "Platform/Graphics/BezierPath.h"
 #include "Platform/Graphics/Cairo/CairoPixels.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tests/Platform/Graphics/DrawnPictures.h"
