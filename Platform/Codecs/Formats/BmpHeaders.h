@@ -37,10 +37,10 @@ inline constexpr Field coreBits{10, 2};
 
 // All others.
 inline constexpr Field headerSize{0, 4};
-inline constexpr Field width{4, 4};  ///< signed
-inline constexpr Field height{8, 4}; ///< signed; negative where the first row in the file is the top one
-inline constexpr Field bits{14, 2};
-inline constexpr Field compression{16, 4};
+inline constexpr Field infoWidth{4, 4};  ///< signed
+inline constexpr Field infoHeight{8, 4}; ///< signed; negative where the first row in the file is the top one
+inline constexpr Field infoBits{14, 2};
+inline constexpr Field infoCompression{16, 4};
 inline constexpr Field pixelsPerMetreX{24, 4};
 inline constexpr Field pixelsPerMetreY{28, 4};
 inline constexpr Field colorsUsed{32, 4};
@@ -50,7 +50,7 @@ inline constexpr Field colorSpace{56, 4};
 inline constexpr Field profileOffset{112, 4}; ///< counted from the second header
 inline constexpr Field profileSize{116, 4};
 
-// Values of `compression`. OS/2 2.x means something else by 3 and 4, which is told by its header.
+// Values of `infoCompression`. OS/2 2.x means something else by 3 and 4, which is told by its header.
 inline constexpr std::uint32_t plain = 0;
 inline constexpr std::uint32_t runs8 = 1;
 inline constexpr std::uint32_t runs4 = 2;

@@ -62,17 +62,17 @@ void BmpReader::readSizes() {
         readCoreHeader();
         return;
     }
-    const auto height = static_cast<std::int32_t>(field(BmpHeaders::height));
-    const auto width = static_cast<std::int32_t>(field(BmpHeaders::width));
+    const auto height = static_cast<std::int32_t>(field(infoHeight));
+    const auto width = static_cast<std::int32_t>(field(infoWidth));
     if (width <= 0 || height == 0 || height == std::numeric_limits<std::int32_t>::min()) {
         failForDamage(formatName, "its size makes no sense");
     }
     m_is_top_down = height < 0;
     m_header.width = static_cast<std::uint32_t>(width);
     m_header.height = static_cast<std::uint32_t>(m_is_top_down ? -height : height);
-    m_bits = static_cast<std::uint32_t>(field(bits));
-    const bool hasCompression = m_header_size >= BmpHeaders::compression.end();
-    readCompression(hasCompression ? static_cast<std::uint32_t>(field(BmpHeaders::compression)) : plain);
+    m_bits = static_cast<std::uint32_t>(field(infoBits));
+    const bool hasCompression = m_header_size >= infoCompression.end();
+    readCompression(hasCompression ? static_cast<std::uint32_t>(field(infoCompression)) : plain);
 }
 
 void BmpReader::readCoreHeader() {
