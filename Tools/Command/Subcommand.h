@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tools/Command/Parser.h"
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,15 +12,6 @@ class App;
 
 /// The subcommands, one in a file, all of this shape.
 namespace Imaging::Tool {
-
-/// What people are told about a subcommand.
-struct SubcommandText {
-    std::string name;
-    std::string summary;  ///< one line, for the list of all subcommands
-    std::string usage;    ///< the arguments after the name
-    std::string details;  ///< paragraphs before the options
-    std::string examples; ///< lines, each a whole command
-};
 
 /// Ends a command with these; nothing else is ever returned.
 enum ExitStatus : int { Done = 0, BadInputOrOutput = 1, WrongUsage = 2 };
