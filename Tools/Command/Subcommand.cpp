@@ -4,8 +4,6 @@
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Values.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 
 namespace Imaging::Tool {
@@ -25,13 +23,12 @@ void limitTransfers(double seconds) {
 
 Subcommand::~Subcommand() = default;
 
-void Subcommand::declareAll(CLI::App& app) {
-    declare(app);
-    app.add_option("--timeout", m_timeout, "Give up on a URL after so many seconds (300)")
-        ->type_name("SECONDS");
-    app.add_option("--max-download", m_max_download, "Give up on a URL that sends more than this (1024)")
-        ->type_name("MIB");
-    app.add_flag("-q,--quiet", m_quiet, "Show no progress, also on a terminal")->disable_flag_override();
+OptionTable Subcommand::allOptions() {
+    return joined({options(),
+                   {{"--timeout", "SECONDS", "Give up on a URL after so many seconds (300)", into(m_timeout)},
+                    {"--max-download", "MIB", "Give up on a URL that sends more than this (1024)",
+                     into(m_max_download)},
+                    {"-q,--quiet", "", "Show no progress, also on a terminal", raise(m_quiet)}}});
 }
 
 void Subcommand::setOperands(std::vector<std::string> operands) { m_operands = std::move(operands); }

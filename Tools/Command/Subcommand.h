@@ -6,10 +6,6 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 /// The subcommands, one in a file, all of this shape.
 namespace Imaging::Tool {
 
@@ -25,8 +21,8 @@ public:
 
     virtual const SubcommandText& text() const = 0;
 
-    /// Adds the subcommand's own options and the common ones to a parser that outlives this object.
-    void declareAll(CLI::App& app);
+    /// The subcommand's own options, and those that all have. Their values go into this object.
+    OptionTable allOptions();
 
     /// The arguments that are no options, in their order.
     void setOperands(std::vector<std::string> operands);
@@ -37,7 +33,7 @@ public:
 protected:
     Subcommand() = default;
 
-    virtual void declare(CLI::App& app) = 0;
+    virtual OptionTable options() = 0;
     virtual ExitStatus run() = 0;
 
     /// The arguments that are no options, at least one. `what` names them: "a picture file or URL".
@@ -57,15 +53,5 @@ private:
     std::string m_timeout;
     std::string m_max_download;
 };
-
-std::unique_ptr<Subcommand> makeInfoCommand();
-std::unique_ptr<Subcommand> makeDrawCommand();
-std::unique_ptr<Subcommand> makeApplyCommand();
-std::unique_ptr<Subcommand> makeGraphCommand();
-std::unique_ptr<Subcommand> makeArchiveCommand();
-std::unique_ptr<Subcommand> makeSheetCommand();
-std::unique_ptr<Subcommand> makeShowCommand();
-std::unique_ptr<Subcommand> makeTransitionCommand();
-std::unique_ptr<Subcommand> makeTransitionsCommand();
 
 } // namespace Imaging::Tool

@@ -1,12 +1,10 @@
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/Graph.h"
 #include "Tools/Pictures/Operations.h"
-
-#include <CLI/CLI.hpp>
 
 namespace Imaging::Tool {
 
@@ -43,7 +41,7 @@ public:
     const SubcommandText& text() const override { return applyText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -51,11 +49,9 @@ private:
     OperationOptions m_operations;
 };
 
-void ApplyCommand::declare(CLI::App& app) {
-    m_operations.declare(app);
-    m_output.declareWhere(app, "picture", "OUTPUT");
-    m_output.declareBackground(app);
-    m_output.declareHow(app);
+OptionTable ApplyCommand::options() {
+    return joined({m_operations.options(), m_output.whereOptions("picture", "OUTPUT"),
+                   m_output.backgroundOptions(), m_output.howOptions()});
 }
 
 ExitStatus ApplyCommand::run() {

@@ -3,12 +3,10 @@
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Pictures/Graph.h"
-
-#include <CLI/CLI.hpp>
 
 #include <filesystem>
 #include <map>
@@ -84,7 +82,7 @@ public:
     const SubcommandText& text() const override { return archiveText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -100,13 +98,13 @@ private:
     bool m_xml = false;
 };
 
-void ArchiveCommand::declare(CLI::App& app) {
-    app.add_option("-o,--output", m_output, "The graph to write")->type_name("GRAPH");
-    app.add_flag("--embed", m_embed,
-                 "Put the pictures' bytes into the graph, instead of\n"
-                 "their paths")
-        ->disable_flag_override();
-    app.add_flag("--xml", m_xml, "Write XML instead of a binary property list")->disable_flag_override();
+OptionTable ArchiveCommand::options() {
+    return {{"-o,--output", "GRAPH", "The graph to write", into(m_output)},
+            {"--embed", "",
+             "Put the pictures' bytes into the graph, instead of\n"
+             "their paths",
+             raise(m_embed)},
+            {"--xml", "", "Write XML instead of a binary property list", raise(m_xml)}};
 }
 
 std::shared_ptr<IMGImage> ArchiveCommand::pictureForFile(const std::string& path,

@@ -2,13 +2,11 @@
 #include "Imaging/GraphicsUtilities.h"
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/Page.h"
 #include "Tools/Pictures/Canvas.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -72,7 +70,7 @@ public:
     const SubcommandText& text() const override { return drawText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -95,28 +93,28 @@ private:
     std::string m_hint;
 };
 
-void DrawCommand::declare(CLI::App& app) {
+OptionTable DrawCommand::options() {
     m_output.takesPages = true;
-    m_output.declareWhere(app, "picture", "OUTPUT");
-    app.add_option("--size", m_size,
-                   "The new size in pixels as WxH; W or xH alone keeps\n"
-                   "the shape. Without it the input's own")
-        ->type_name("SIZE");
-    app.add_option("--fit", m_fit,
-                   "How to bring it into another shape: contain (all of\n"
-                   "it, in the middle of the background; the default),\n"
-                   "cover (fill and cut) or stretch")
-        ->type_name("FIT");
-    app.add_option("--frame", m_frame,
-                   "Draw a frame so many pixels wide over the edges of\n"
-                   "the picture, such as 12,white; alpha counts")
-        ->type_name("WIDTH,COLOR");
-    app.add_option("--hint", m_hint,
-                   "Write a text into the middle of the picture, in bold\n"
-                   "light gray of 18 pixels, on one line")
-        ->type_name("TEXT");
-    m_output.declareBackground(app);
-    m_output.declareHow(app);
+    return joined({m_output.whereOptions("picture", "OUTPUT"),
+                   {{"--size", "SIZE",
+                     "The new size in pixels as WxH; W or xH alone keeps\n"
+                     "the shape. Without it the input's own",
+                     into(m_size)},
+                    {"--fit", "FIT",
+                     "How to bring it into another shape: contain (all of\n"
+                     "it, in the middle of the background; the default),\n"
+                     "cover (fill and cut) or stretch",
+                     into(m_fit)},
+                    {"--frame", "WIDTH,COLOR",
+                     "Draw a frame so many pixels wide over the edges of\n"
+                     "the picture, such as 12,white; alpha counts",
+                     into(m_frame)},
+                    {"--hint", "TEXT",
+                     "Write a text into the middle of the picture, in bold\n"
+                     "light gray of 18 pixels, on one line",
+                     into(m_hint)}},
+                   m_output.backgroundOptions(),
+                   m_output.howOptions()});
 }
 
 DrawCommand::Plan DrawCommand::plan() const {

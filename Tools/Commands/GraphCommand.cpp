@@ -1,12 +1,10 @@
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Pictures/Graph.h"
 #include "Tools/Pictures/GraphText.h"
 #include "Tools/Pictures/Operations.h"
 #include "Tools/Pictures/Orientation.h"
-
-#include <CLI/CLI.hpp>
 
 namespace Imaging::Tool {
 
@@ -33,7 +31,7 @@ public:
     const SubcommandText& text() const override { return graphText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -44,13 +42,13 @@ private:
     bool m_as_stored = false;
 };
 
-void GraphCommand::declare(CLI::App& app) {
-    m_operations.declare(app);
-    app.add_flag("--dot", m_dot, "Write it in Graphviz' language")->disable_flag_override();
-    app.add_flag("--no-orient", m_as_stored,
-                 "Leave a picture as it is stored, whatever way up it\n"
-                 "declares")
-        ->disable_flag_override();
+OptionTable GraphCommand::options() {
+    return joined({m_operations.options(),
+                   {{"--dot", "", "Write it in Graphviz' language", raise(m_dot)},
+                    {"--no-orient", "",
+                     "Leave a picture as it is stored, whatever way up it\n"
+                     "declares",
+                     raise(m_as_stored)}}});
 }
 
 /// Without operations a graph is shown even if it could not be drawn.

@@ -1,11 +1,9 @@
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFacts.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 
@@ -31,15 +29,15 @@ public:
     const SubcommandText& text() const override { return infoText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
     bool m_json = false;
 };
 
-void InfoCommand::declare(CLI::App& app) {
-    app.add_flag("--json", m_json, "Write a JSON array, with the errors in it too")->disable_flag_override();
+OptionTable InfoCommand::options() {
+    return {{"--json", "", "Write a JSON array, with the errors in it too", raise(m_json)}};
 }
 
 PictureFacts factsAbout(const std::string& input) {

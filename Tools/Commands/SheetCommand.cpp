@@ -1,13 +1,11 @@
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Files/PictureFiles.h"
 #include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -46,7 +44,7 @@ public:
     const SubcommandText& text() const override { return sheetText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -65,30 +63,30 @@ private:
     bool m_skip_bad = false;
 };
 
-void SheetCommand::declare(CLI::App& app) {
-    m_output.declareWhere(app, "sheet", "SHEET");
-    app.add_option("--columns", m_columns,
-                   "Pictures in a row. By default about as many as there\n"
-                   "are rows")
-        ->type_name("N");
-    app.add_option("--cell", m_cell,
-                   "The space for a picture and its frame in pixels\n"
-                   "(420x280)")
-        ->type_name("WxH");
-    app.add_option("--background", m_background,
-                   "The colour between the pictures: #rgb, #rrggbb,\n"
-                   "#rrggbbaa, transparent, or a name such as white,\n"
-                   "black, gray or navy (#363636)")
-        ->type_name("COLOR");
-    app.add_option("--frame", m_frame,
-                   "The mat around each picture: its width in pixels and\n"
-                   "its colour, or none (1/40 of the cell, white)")
-        ->type_name("WIDTH,COLOR");
-    app.add_flag("--skip-bad", m_skip_bad,
-                 "Go on without pictures that cannot be read; they are\n"
-                 "still named")
-        ->disable_flag_override();
-    m_output.declareHow(app);
+OptionTable SheetCommand::options() {
+    return joined({m_output.whereOptions("sheet", "SHEET"),
+                   {{"--columns", "N",
+                     "Pictures in a row. By default about as many as there\n"
+                     "are rows",
+                     into(m_columns)},
+                    {"--cell", "WxH",
+                     "The space for a picture and its frame in pixels\n"
+                     "(420x280)",
+                     into(m_cell)},
+                    {"--background", "COLOR",
+                     "The colour between the pictures: #rgb, #rrggbb,\n"
+                     "#rrggbbaa, transparent, or a name such as white,\n"
+                     "black, gray or navy (#363636)",
+                     into(m_background)},
+                    {"--frame", "WIDTH,COLOR",
+                     "The mat around each picture: its width in pixels and\n"
+                     "its colour, or none (1/40 of the cell, white)",
+                     into(m_frame)},
+                    {"--skip-bad", "",
+                     "Go on without pictures that cannot be read; they are\n"
+                     "still named",
+                     raise(m_skip_bad)}},
+                   m_output.howOptions()});
 }
 
 PixelSize SheetCommand::checkedCell() const {

@@ -1,5 +1,5 @@
 #include "Tools/Command/Messages.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/FilmFrames.h"
 #include "Tools/Film/FilmOutput.h"
@@ -12,7 +12,6 @@
 #include "Tools/Film/ShowOptions.h"
 #include "Tools/Film/ShowPlan.h"
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -61,7 +60,7 @@ public:
     const SubcommandText& text() const override { return showText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -82,25 +81,23 @@ private:
     bool m_skip_bad = false;
 };
 
-void ShowCommand::declare(CLI::App& app) {
-    m_output.declare(app);
-    m_options.declare(app);
-    app.add_option("--frames", m_frames,
-                   "Make only these frames of the film, counted from 1,\n"
-                   "such as 1-500")
-        ->type_name("A-B");
-    app.add_option("--contact-sheet", m_sheet.path,
-                   "Also draw a sheet of the film: a .png, .jpg, .tiff\n"
-                   "or the like. Without -o nothing else is made")
-        ->type_name("SHEET");
-    app.add_flag("--dry-run", m_dry_run, "Make nothing, and print when each picture comes")
-        ->disable_flag_override();
-    app.add_flag("--json", m_json, "Tell the progress, or the plan, as lines of JSON")
-        ->disable_flag_override();
-    app.add_flag("--skip-bad", m_skip_bad,
-                 "Go on without pictures that cannot be read; they are\n"
-                 "still named")
-        ->disable_flag_override();
+OptionTable ShowCommand::options() {
+    return joined({m_output.options(),
+                   m_options.options(),
+                   {{"--frames", "A-B",
+                     "Make only these frames of the film, counted from 1,\n"
+                     "such as 1-500",
+                     into(m_frames)},
+                    {"--contact-sheet", "SHEET",
+                     "Also draw a sheet of the film: a .png, .jpg, .tiff\n"
+                     "or the like. Without -o nothing else is made",
+                     into(m_sheet.path)},
+                    {"--dry-run", "", "Make nothing, and print when each picture comes", raise(m_dry_run)},
+                    {"--json", "", "Tell the progress, or the plan, as lines of JSON", raise(m_json)},
+                    {"--skip-bad", "",
+                     "Go on without pictures that cannot be read; they are\n"
+                     "still named",
+                     raise(m_skip_bad)}}});
 }
 
 /// What can be told before any file is read.

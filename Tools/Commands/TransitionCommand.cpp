@@ -2,7 +2,7 @@
 #include "Platform/Graphics/Text.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/FilmFrames.h"
@@ -12,8 +12,6 @@
 #include "Tools/Film/TransitionKinds.h"
 #include "Tools/Pictures/Canvas.h"
 #include "Tools/Pictures/SheetLayout.h"
-
-#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
@@ -83,7 +81,7 @@ public:
     const SubcommandText& text() const override { return transitionText; }
 
 protected:
-    void declare(CLI::App& app) override;
+    OptionTable options() override;
     ExitStatus run() override;
 
 private:
@@ -94,7 +92,7 @@ private:
         std::int64_t columns = 0;
     };
 
-    void declareFrames(CLI::App& app);
+    OptionTable frameOptions();
     Transition checkedTransition() const;
     PixelSize checkedCell() const;
     Request checkedRequest() const;
@@ -114,38 +112,37 @@ private:
     std::string m_background = "black";
 };
 
-void TransitionCommand::declare(CLI::App& app) {
-    app.add_option("--kind", m_kind,
-                   "The transition, with parameters or without:\n"
-                   "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
-                   "lists them")
-        ->type_name("NAME");
-    app.add_option("--direction", m_direction, "The parameter direction, such as left")->type_name("WAY");
-    app.add_option("--in-out,--inout", m_in_out, "The parameter inout: in or out")->type_name("WORD");
-    app.add_option("--color", m_color, "The parameter color")->type_name("COLOR");
-    app.add_option("--balance", m_balance, "The parameter balance, -1 to 1")->type_name("N");
-    declareFrames(app);
-    m_output.declareWhere(app, "sheet", "SHEET");
-    m_output.declareHow(app);
+OptionTable TransitionCommand::options() {
+    return joined({{{"--kind", "NAME",
+                     "The transition, with parameters or without:\n"
+                     "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
+                     "lists them",
+                     into(m_kind)},
+                    {"--direction", "WAY", "The parameter direction, such as left", into(m_direction)},
+                    {"--in-out,--inout", "WORD", "The parameter inout: in or out", into(m_in_out)},
+                    {"--color", "COLOR", "The parameter color", into(m_color)},
+                    {"--balance", "N", "The parameter balance, -1 to 1", into(m_balance)}},
+                   frameOptions(),
+                   m_output.whereOptions("sheet", "SHEET"),
+                   m_output.howOptions()});
 }
 
-void TransitionCommand::declareFrames(CLI::App& app) {
-    app.add_option("--weights", m_weights, "How many frames, from 0 to 1 in equal steps (5)")->type_name("N");
-    app.add_option("--ease", m_easing,
-                   "How the weights follow the steps: linear, in, out or\n"
-                   "in-out (linear)")
-        ->type_name("EASING");
-    app.add_option("--cell", m_cell, "Pixels of each frame (480x270)")->type_name("WxH");
-    app.add_option("--columns", m_columns,
-                   "Frames in a row. By default all of up to 6, and of\n"
-                   "more about as many as there are rows")
-        ->type_name("N");
-    app.add_option("--fit", m_fit,
-                   "How a picture of another shape fits a frame:\n"
-                   "contain, cover or stretch (contain)")
-        ->type_name("FIT");
-    app.add_option("--background", m_background, "The colour behind pictures in a frame (black)")
-        ->type_name("COLOR");
+OptionTable TransitionCommand::frameOptions() {
+    return {{"--weights", "N", "How many frames, from 0 to 1 in equal steps (5)", into(m_weights)},
+            {"--ease", "EASING",
+             "How the weights follow the steps: linear, in, out or\n"
+             "in-out (linear)",
+             into(m_easing)},
+            {"--cell", "WxH", "Pixels of each frame (480x270)", into(m_cell)},
+            {"--columns", "N",
+             "Frames in a row. By default all of up to 6, and of\n"
+             "more about as many as there are rows",
+             into(m_columns)},
+            {"--fit", "FIT",
+             "How a picture of another shape fits a frame:\n"
+             "contain, cover or stretch (contain)",
+             into(m_fit)},
+            {"--background", "COLOR", "The colour behind pictures in a frame (black)", into(m_background)}};
 }
 
 Transition TransitionCommand::checkedTransition() const {

@@ -1,8 +1,7 @@
-#include "Tools/Command/Subcommand.h"
+#include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/TransitionKinds.h"
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -95,9 +94,7 @@ public:
     const SubcommandText& text() const override { return transitionsText; }
 
 protected:
-    void declare(CLI::App& app) override {
-        app.add_flag("--json", m_json, "Write a JSON array")->disable_flag_override();
-    }
+    OptionTable options() override { return {{"--json", "", "Write a JSON array", raise(m_json)}}; }
 
     ExitStatus run() override {
         refuseOperands();

@@ -4,8 +4,6 @@
 #include "Tools/Command/Process.h"
 #include "Tools/Command/Values.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -124,29 +122,28 @@ std::shared_ptr<NSBitmapImageRep> withoutNeedlessAlpha(const NSBitmapImageRep& b
 
 std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
 
-void PictureOutput::declareWhere(CLI::App& app, const std::string& what, const std::string& typeName) {
-    app.add_option("-o,--output", path, "The " + what + " to write; its suffix names the format")
-        ->type_name(typeName);
-    app.add_option("--format", format,
-                   takesPages ? "jpg, png, tiff, gif, bmp, jp2, pdf or svg, whatever\nthe suffix says"
-                              : "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says")
-        ->type_name("FORMAT");
+OptionTable PictureOutput::whereOptions(const std::string& what, const std::string& typeName) {
+    return {{"-o,--output", typeName, "The " + what + " to write; its suffix names the format", into(path)},
+            {"--format", "FORMAT",
+             takesPages ? "jpg, png, tiff, gif, bmp, jp2, pdf or svg, whatever\nthe suffix says"
+                        : "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says",
+             into(format)}};
 }
 
-void PictureOutput::declareBackground(CLI::App& app) {
-    app.add_option("--background", background,
-                   "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
-                   "transparent, or a name such as white, black, gray or\n"
-                   "navy. By default transparent, and white for JPEG")
-        ->type_name("COLOR");
+OptionTable PictureOutput::backgroundOptions() {
+    return {{"--background", "COLOR",
+             "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
+             "transparent, or a name such as white, black, gray or\n"
+             "navy. By default transparent, and white for JPEG",
+             into(background)}};
 }
 
-void PictureOutput::declareHow(CLI::App& app) {
-    app.add_option("--quality", quality, "Of a JPEG or JPEG 2000, 1 to 100 (90)")->type_name("N");
-    app.add_flag("--no-orient", asStored,
-                 "Draw pictures as they are stored, whatever way up\n"
-                 "they declare")
-        ->disable_flag_override();
+OptionTable PictureOutput::howOptions() {
+    return {{"--quality", "N", "Of a JPEG or JPEG 2000, 1 to 100 (90)", into(quality)},
+            {"--no-orient", "",
+             "Draw pictures as they are stored, whatever way up\n"
+             "they declare",
+             raise(asStored)}};
 }
 
 OutputFormat PictureOutput::checkedFormat() const {

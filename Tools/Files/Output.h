@@ -3,15 +3,12 @@
 #include "Platform/Foundation/Data.h"
 #include "Platform/Graphics/BitmapImageRep.h"
 #include "Platform/Graphics/Color.h"
+#include "Tools/Command/Options.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-
-namespace CLI {
-class App;
-}
 
 /// Where results go: a file, or "-" for standard output.
 namespace Imaging::Tool {
@@ -37,14 +34,14 @@ struct PictureOutput {
     bool takesPages =
         false; ///< whether the subcommand writes PDF and SVG too; to be set before anything else
 
-    /// Adds -o and --format to a parser that outlives this object; `what` is "picture" or the like.
-    void declareWhere(CLI::App& app, const std::string& what, const std::string& typeName);
+    /// -o and --format; `what` is "picture" or the like.
+    OptionTable whereOptions(const std::string& what, const std::string& typeName);
 
-    /// Adds --background.
-    void declareBackground(CLI::App& app);
+    /// --background.
+    OptionTable backgroundOptions();
 
-    /// Adds --quality and --no-orient.
-    void declareHow(CLI::App& app);
+    /// --quality and --no-orient.
+    OptionTable howOptions();
 
     /// The format. Throws a UsageError when the path is missing, neither the format nor the suffix is one
     /// that can be written, or a quality was given where there is none or that is none.

@@ -6,8 +6,6 @@
 #include "Tools/Film/NumberedFramesSink.h"
 #include "Tools/Film/RawSink.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -114,27 +112,26 @@ FilmContainer containerOf(Kind kind) {
 
 } // namespace
 
-void FilmOutput::declare(CLI::App& app) {
-    app.add_option("-o,--output", path,
-                   "The film: a .mp4, .mkv, .webm or .gif file, or a\n"
-                   "FOLDER/ for numbered pictures")
-        ->type_name("FILM");
-    app.add_option("--format", format,
-                   "mp4, mkv, webm, gif, frames or raw (frames as they\n"
-                   "are, 4 bytes a pixel: blue, green, red and 255),\n"
-                   "whatever the name says")
-        ->type_name("FORMAT");
-    app.add_option("--frame-format", frameFormat, "Of numbered pictures: png or jpg (png)")
-        ->type_name("FORMAT");
-    app.add_option("--quality", quality, "Of numbered JPEG pictures, 1 to 100 (90)")->type_name("N");
-    app.add_option("--crf", crf,
-                   "How much the encoder may lose: less is better and\n"
-                   "larger (20 of 51, .webm: 32 of 63)")
-        ->type_name("N");
-    app.add_option("--preset", preset,
-                   "How much time the encoder of .mp4 and .mkv takes to\n"
-                   "make the file small, ultrafast to placebo (veryfast)")
-        ->type_name("NAME");
+OptionTable FilmOutput::options() {
+    return {{"-o,--output", "FILM",
+             "The film: a .mp4, .mkv, .webm or .gif file, or a\n"
+             "FOLDER/ for numbered pictures",
+             into(path)},
+            {"--format", "FORMAT",
+             "mp4, mkv, webm, gif, frames or raw (frames as they\n"
+             "are, 4 bytes a pixel: blue, green, red and 255),\n"
+             "whatever the name says",
+             into(format)},
+            {"--frame-format", "FORMAT", "Of numbered pictures: png or jpg (png)", into(frameFormat)},
+            {"--quality", "N", "Of numbered JPEG pictures, 1 to 100 (90)", into(quality)},
+            {"--crf", "N",
+             "How much the encoder may lose: less is better and\n"
+             "larger (20 of 51, .webm: 32 of 63)",
+             into(crf)},
+            {"--preset", "NAME",
+             "How much time the encoder of .mp4 and .mkv takes to\n"
+             "make the file small, ultrafast to placebo (veryfast)",
+             into(preset)}};
 }
 
 void FilmOutput::check(PixelSize size) const {

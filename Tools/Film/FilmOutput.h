@@ -1,13 +1,10 @@
 #pragma once
 
+#include "Tools/Command/Options.h"
 #include "Tools/Film/FilmSink.h"
 
 #include <memory>
 #include <string>
-
-namespace CLI {
-class App;
-}
 
 namespace Imaging::Tool {
 
@@ -20,8 +17,8 @@ struct FilmOutput {
     std::string crf;
     std::string preset;
 
-    /// Adds the options to a parser that outlives this object.
-    void declare(CLI::App& app);
+    /// The options, whose values go into this object.
+    OptionTable options();
 
     /// Throws a UsageError when the path is missing, its kind is not known, an option does not fit it, or
     /// frames of this size cannot be written; and a Failure where its folder or the encoder is missing.

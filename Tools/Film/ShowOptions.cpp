@@ -6,8 +6,6 @@
 #include "Tools/Files/PictureFiles.h"
 #include "Tools/Film/ShowFile.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <optional>
 
@@ -33,50 +31,49 @@ std::optional<bool> raised(bool flag) { return flag ? std::optional(true) : std:
 
 } // namespace
 
-void ShowOptions::declare(CLI::App& app) {
-    app.add_option("--size", m_size, "Pixels of a frame (1920x1080)")->type_name("WxH");
-    app.add_option("--fps", m_rate,
-                   "Frames in a second, also as a fraction; 23.976,\n"
-                   "29.97 and 59.94 mean the exact rates of NTSC (25)")
-        ->type_name("N");
-    app.add_option("--hold", m_hold, "How long each picture stands still (3)")->type_name("SECONDS");
-    app.add_option("--transition", m_transition,
-                   "From each picture to the next: one transition or a\n"
-                   "list that is gone through again and again, such as\n"
-                   "push:direction=up,zoom; all in turn; or random.\n"
-                   "'imaging transitions' lists them (dissolve)")
-        ->type_name("NAME");
-    app.add_option("--duration", m_duration, "How long each transition takes; 0 is a cut (1)")
-        ->type_name("SECONDS");
-    app.add_option("--ease", m_easing,
-                   "How a transition follows time: linear, in (from\n"
-                   "rest), out (to rest) or in-out (in-out)")
-        ->type_name("EASING");
-    app.add_option("--background", m_background,
-                   "The colour behind pictures: #rgb, #rrggbb or a name\n"
-                   "such as white, black, gray or navy (black)")
-        ->type_name("COLOR");
-    app.add_option("--fit", m_fit,
-                   "How a picture of another shape fits a frame: contain\n"
-                   "(all of it), cover (it fills the frame and is cut),\n"
-                   "or stretch (contain)")
-        ->type_name("FIT");
-    app.add_option("--seed", m_seed,
-                   "Another number makes other random choices, the same\n"
-                   "number always the same (1)")
-        ->type_name("N");
-    app.add_flag("--loop", m_loop,
-                 "End with the transition to the first picture, so\n"
-                 "that the film can be repeated without a break")
-        ->disable_flag_override();
-    app.add_flag("--keep-order", m_keep_order,
-                 "Show the INPUTs in the order in which they are\n"
-                 "given, and only pictures in folders as people count")
-        ->disable_flag_override();
-    app.add_flag("--no-orient", m_as_stored,
-                 "Draw pictures as they are stored, whatever way up\n"
-                 "they declare")
-        ->disable_flag_override();
+OptionTable ShowOptions::options() {
+    return {{"--size", "WxH", "Pixels of a frame (1920x1080)", into(m_size)},
+            {"--fps", "N",
+             "Frames in a second, also as a fraction; 23.976,\n"
+             "29.97 and 59.94 mean the exact rates of NTSC (25)",
+             into(m_rate)},
+            {"--hold", "SECONDS", "How long each picture stands still (3)", into(m_hold)},
+            {"--transition", "NAME",
+             "From each picture to the next: one transition or a\n"
+             "list that is gone through again and again, such as\n"
+             "push:direction=up,zoom; all in turn; or random.\n"
+             "'imaging transitions' lists them (dissolve)",
+             into(m_transition)},
+            {"--duration", "SECONDS", "How long each transition takes; 0 is a cut (1)", into(m_duration)},
+            {"--ease", "EASING",
+             "How a transition follows time: linear, in (from\n"
+             "rest), out (to rest) or in-out (in-out)",
+             into(m_easing)},
+            {"--background", "COLOR",
+             "The colour behind pictures: #rgb, #rrggbb or a name\n"
+             "such as white, black, gray or navy (black)",
+             into(m_background)},
+            {"--fit", "FIT",
+             "How a picture of another shape fits a frame: contain\n"
+             "(all of it), cover (it fills the frame and is cut),\n"
+             "or stretch (contain)",
+             into(m_fit)},
+            {"--seed", "N",
+             "Another number makes other random choices, the same\n"
+             "number always the same (1)",
+             into(m_seed)},
+            {"--loop", "",
+             "End with the transition to the first picture, so\n"
+             "that the film can be repeated without a break",
+             raise(m_loop)},
+            {"--keep-order", "",
+             "Show the INPUTs in the order in which they are\n"
+             "given, and only pictures in folders as people count",
+             raise(m_keep_order)},
+            {"--no-orient", "",
+             "Draw pictures as they are stored, whatever way up\n"
+             "they declare",
+             raise(m_as_stored)}};
 }
 
 ShowSettings ShowOptions::settings() const {

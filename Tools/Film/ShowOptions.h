@@ -1,14 +1,11 @@
 #pragma once
 
+#include "Tools/Command/Options.h"
 #include "Tools/Film/Show.h"
 #include "Tools/Film/ShowSettings.h"
 
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace Imaging::Tool {
 
@@ -19,8 +16,8 @@ public:
     ShowOptions(const ShowOptions&) = delete;
     ShowOptions& operator=(const ShowOptions&) = delete;
 
-    /// Adds them to a parser that this object outlives while it parses.
-    void declare(CLI::App& app);
+    /// Their table, whose values go into this object.
+    OptionTable options();
 
     /// What was given. Throws a UsageError; reads no files.
     ShowSettings settings() const;

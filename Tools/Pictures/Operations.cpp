@@ -2,8 +2,6 @@
 
 #include "Tools/Command/Messages.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 
 namespace Imaging::Tool {
@@ -22,35 +20,28 @@ std::vector<const Operation*> allOperations() {
     return all;
 }
 
-void OperationOptions::declare(CLI::App& app) {
-    for (const Operation* operation : allOperations()) declare(app, *operation);
-}
-
-void OperationOptions::declare(CLI::App& app, const Operation& operation) {
-    // Called for each time that an option is given, at once, so that the order is kept.
-    CLI::Option* option = nullptr;
-    if (operation.typeName.empty()) {
-        option = app.add_flag_callback(
-            operation.name,
-            [this, &operation] {
-                m_given.push_back({&operation, {}, {}});
-            },
-            operation.help);
-        option->disable_flag_override();
-    } else {
-        const auto note = [this, &operation](const std::string& value) {
-            m_given.push_back({&operation, value, {}});
+OptionTable OperationOptions::options() {
+    OptionTable table;
+    for (const Operation* operation : allOperations()) {
+        const auto note = [this, operation](const std::string& value, const std::string&) {
+            m_given.push_back({operation, value, {}});
         };
-        option = app.add_option_function<std::string>(operation.name, note, operation.help);
-        option->type_name(operation.typeName);
+        table.push_back({operation->name,
+                         operation->typeName,
+                         operation->help,
+                         {.take = note, .isFlag = operation->typeName.empty(), .everyTime = true},
+                         group});
+        if (operation->modifier.empty()) continue;
+        const auto modify = [this, operation](const std::string& value, const std::string&) {
+            setModifier(*operation, value);
+        };
+        table.push_back({operation->modifier,
+                         operation->modifierTypeName,
+                         operation->modifierHelp,
+                         {.take = modify, .everyTime = true},
+                         group});
     }
-    option->trigger_on_parse()->group(group);
-    if (operation.modifier.empty()) return;
-    const auto note = [this, &operation](const std::string& value) { setModifier(operation, value); };
-    app.add_option_function<std::string>(operation.modifier, note, operation.modifierHelp)
-        ->type_name(operation.modifierTypeName)
-        ->trigger_on_parse()
-        ->group(group);
+    return table;
 }
 
 void OperationOptions::setModifier(const Operation& operation, const std::string& value) {

@@ -1,15 +1,12 @@
 #pragma once
 
+#include "Tools/Command/Options.h"
 #include "Tools/Pictures/FramedNode.h"
 
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 /// What can be done to pictures on the way, as options that are carried out in the order in which they are
 /// given.
@@ -52,8 +49,8 @@ public:
     OperationOptions(const OperationOptions&) = delete;
     OperationOptions& operator=(const OperationOptions&) = delete;
 
-    /// Adds an option for each operation to a parser that this object outlives while it parses.
-    void declare(CLI::App& app);
+    /// An option for each operation, which this object notes.
+    OptionTable options();
 
     /// The steps in their order. Throws a UsageError.
     std::vector<Step> steps() const;
@@ -65,7 +62,6 @@ private:
         std::string modifier;
     };
 
-    void declare(CLI::App& app, const Operation& operation);
     void setModifier(const Operation& operation, const std::string& value);
 
     std::vector<Given> m_given;

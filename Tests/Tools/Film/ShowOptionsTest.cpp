@@ -1,15 +1,14 @@
 #include "Tools/Film/ShowOptions.h"
 
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
+#include "Tests/Tools/Support/OptionReading.h"
 #include "Tests/Tools/Support/TestPictures.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Film/ShowPlan.h"
 
-#include <CLI/CLI.hpp>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -24,11 +23,8 @@ namespace {
 /// The film of a command line: options, then inputs.
 Show film(std::vector<std::string> options, const std::vector<std::string>& inputs,
           const std::vector<std::string>& outputs = {}) {
-    CLI::App app;
     ShowOptions show;
-    show.declare(app);
-    std::reverse(options.begin(), options.end());
-    app.parse(options);
+    readOptions(show.options(), std::move(options));
     return show.show(inputs, outputs);
 }
 
