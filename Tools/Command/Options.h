@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,9 +26,10 @@ struct Binding {
     /// Called with the value, empty for a flag, and the option's name.
     std::function<void(const std::string& text, const std::string& option)> take;
 
-    bool isFlag = false;              ///< stands alone; the others are followed by a value
-    bool everyTime = false;           ///< taken each time that it is given; otherwise the last time counts
-    std::string complaintIfMissing{}; ///< of a UsageError where it has to be given; empty where it has not
+    bool isFlag = false;               ///< stands alone; the others are followed by a value
+    bool everyTime = false;            ///< taken each time that it is given; otherwise the last time counts
+    bool emptyIsNone = false;          ///< an empty value counts as if the option were not given
+    std::function<void()> otherwise{}; ///< called, if there is anything, where the option is not given
 };
 
 /// The value goes to a place as `convert` makes it.
@@ -41,9 +43,9 @@ Binding into(Value& target, Convert convert) {
 /// The same for a place that says whether there is a value. An empty one counts as none.
 template<class Value, class Convert>
 Binding into(std::optional<Value>& target, Convert convert) {
-    return {.take = [&target, convert](const std::string& text, const std::string& option) {
-        if (!text.empty()) target = convert(text, option);
-    }};
+    return {.take = [&target, convert](const std::string& text,
+                                       const std::string& option) { target = convert(text, option); },
+            .emptyIsNone = true};
 }
 
 /// The value as it is.
@@ -57,11 +59,12 @@ Binding raise(Flag& target) {
     return {.take = [&target](const std::string&, const std::string&) { target = true; }, .isFlag = true};
 }
 
-/// The option has to be given; `complaint` says that it was not.
-inline Binding required(Binding binding, std::string complaint) {
-    binding.complaintIfMissing = std::move(complaint);
-    return binding;
-}
+/// Where the option is not given, or its value is empty, `otherwise` is called in its turn: for a default
+/// that follows from rows above, or a complaint.
+Binding orElse(Binding binding, std::function<void()> otherwise);
+
+/// The option has to be given; `complaint` is the UsageError where it was not.
+Binding required(Binding binding, const std::string& complaint);
 
 /// A value that means something only beside what is read later, with the name that complaints begin with.
 struct GivenText {
@@ -85,10 +88,6 @@ struct Option {
 using OptionTable = std::vector<Option>;
 
 /// Several tables as one: what a subcommand has of its own, and what it shares with others.
-inline OptionTable joined(std::initializer_list<OptionTable> tables) {
-    OptionTable all;
-    for (const OptionTable& table : tables) all.insert(all.end(), table.begin(), table.end());
-    return all;
-}
+OptionTable joined(std::initializer_list<OptionTable> tables);
 
 } // namespace Imaging::Tool

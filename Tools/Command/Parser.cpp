@@ -210,10 +210,10 @@ void Parser::fill() const {
     }
     for (std::size_t row = 0; row < entry.options.size(); ++row) {
         const Option& option = entry.options[row];
-        const std::string& complaint = option.binding.complaintIfMissing;
-        if (last[row] == nullptr && !complaint.empty()) throw UsageError(complaint);
-        if (last[row] != nullptr && !option.binding.everyTime)
-            option.binding.take(*last[row], nameForComplaints(option.names));
+        const Binding& binding = option.binding;
+        const bool isGiven = last[row] != nullptr && !(binding.emptyIsNone && last[row]->empty());
+        if (isGiven && !binding.everyTime) binding.take(*last[row], nameForComplaints(option.names));
+        if (!isGiven && binding.otherwise) binding.otherwise();
     }
 }
 

@@ -1,3 +1,5 @@
+// What all subcommands have in common: their operands, and the options that limit what is fetched from URLs.
+
 #include "Tools/Command/Subcommand.h"
 
 #include "Platform/Foundation/URLLoading.h"
@@ -5,6 +7,7 @@
 #include "Tools/Command/Values.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Imaging::Tool {
 
@@ -25,41 +28,43 @@ Subcommand::~Subcommand() = default;
 
 OptionTable Subcommand::allOptions() {
     return joined({options(),
-                   {{"--timeout", "SECONDS", "Give up on a URL after so many seconds (300)", into(m_timeout)},
+                   {{"--timeout", "SECONDS", "Give up on a URL after so many seconds (300)",
+                     into(m_timeout, parseSeconds)},
                     {"--max-download", "MIB", "Give up on a URL that sends more than this (1024)",
-                     into(m_max_download)},
+                     into(m_max_download, wholeNumber(1, 1 << 20))},
                     {"-q,--quiet", "", "Show no progress, also on a terminal", raise(m_quiet)}}});
 }
 
-void Subcommand::setOperands(std::vector<std::string> operands) { m_operands = std::move(operands); }
+void Subcommand::setOperands(std::vector<std::string> operands) {
+    m_operands = std::move(operands);
+    checkOperands();
+}
 
 ExitStatus Subcommand::runWithLimits() {
-    if (!m_timeout.empty()) limitTransfers(parseSeconds(m_timeout, "--timeout"));
-    if (!m_max_download.empty()) {
+    if (m_timeout.has_value()) limitTransfers(*m_timeout);
+    if (m_max_download.has_value()) {
         Platform::URLLimits limits = Platform::urlLimits();
-        limits.maximumBytes =
-            static_cast<std::uint64_t>(parseNumber(m_max_download, "--max-download", 1, 1 << 20)) << 20;
+        limits.maximumBytes = static_cast<std::uint64_t>(*m_max_download) << 20;
         Platform::setURLLimits(limits);
     }
     return run();
 }
 
-const std::vector<std::string>& Subcommand::operands(const std::string& what) const {
+void Subcommand::requireOperands(const std::string& what) const {
     if (m_operands.empty()) throw UsageError(what + " is missing");
     const bool hasEmpty =
         std::any_of(m_operands.begin(), m_operands.end(), [](const auto& o) { return o.empty(); });
     if (hasEmpty) throw UsageError("a name is empty");
-    return m_operands;
+}
+
+void Subcommand::requireOneOperand(const std::string& what) const {
+    requireOperands(what);
+    if (m_operands.size() > 1)
+        throw UsageError("'" + m_operands[1] + "' is one too many: this takes one input only");
 }
 
 void Subcommand::refuseOperands() const {
     if (!m_operands.empty()) throw UsageError("'" + m_operands[0] + "' is too many: this takes no input");
-}
-
-const std::string& Subcommand::onlyOperand(const std::string& what) const {
-    const std::vector<std::string>& all = operands(what);
-    if (all.size() > 1) throw UsageError("'" + all[1] + "' is one too many: this takes one input only");
-    return all.front();
 }
 
 } // namespace Imaging::Tool

@@ -2,7 +2,8 @@
 
 #include "Tools/Command/Parser.h"
 
-#include <memory>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,7 @@ namespace Imaging::Tool {
 /// Ends a command with these; nothing else is ever returned.
 enum ExitStatus : int { Done = 0, BadInputOrOutput = 1, WrongUsage = 2 };
 
-/// A subcommand: declares its options, then does its work. Both throw a UsageError or Failure.
+/// A subcommand: says what its options are, then does its work, which may throw a UsageError or Failure.
 class Subcommand {
 public:
     virtual ~Subcommand();
@@ -24,10 +25,11 @@ public:
     /// The subcommand's own options, and those that all have. Their values go into this object.
     OptionTable allOptions();
 
-    /// The arguments that are no options, in their order.
+    /// The arguments that are no options, in their order. Throws a UsageError when there are too few or too
+    /// many of them, or one is empty.
     void setOperands(std::vector<std::string> operands);
 
-    /// Checks all arguments, then does the work.
+    /// Does the work, once all values are in their places.
     ExitStatus runWithLimits();
 
 protected:
@@ -36,22 +38,28 @@ protected:
     virtual OptionTable options() = 0;
     virtual ExitStatus run() = 0;
 
-    /// The arguments that are no options, at least one. `what` names them: "a picture file or URL".
-    const std::vector<std::string>& operands(const std::string& what) const;
+    /// Checks how many operands there are, by one of the functions below.
+    virtual void checkOperands() const = 0;
 
-    /// Throws when there is an operand.
+    /// The arguments that are no options.
+    const std::vector<std::string>& operands() const { return m_operands; }
+
+    /// Throws when there is none, or an empty one. `what` names them: "a picture file or URL".
+    void requireOperands(const std::string& what) const;
+
+    /// Throws when there is not exactly one.
+    void requireOneOperand(const std::string& what) const;
+
+    /// Throws when there is one.
     void refuseOperands() const;
-
-    /// The only operand. Throws when there are several.
-    const std::string& onlyOperand(const std::string& what) const;
 
     bool quiet() const { return m_quiet; }
 
 private:
     std::vector<std::string> m_operands;
     bool m_quiet = false;
-    std::string m_timeout;
-    std::string m_max_download;
+    std::optional<double> m_timeout;            ///< in seconds
+    std::optional<std::int64_t> m_max_download; ///< in MiB
 };
 
 } // namespace Imaging::Tool

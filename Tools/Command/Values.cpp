@@ -1,3 +1,6 @@
+// Reads numbers, sizes, colours and words with std::from_chars, whatever the locale, and says what would have
+// been right.
+
 #include "Tools/Command/Values.h"
 
 #include <array>
@@ -52,6 +55,17 @@ std::optional<std::int64_t> sideIn(std::string_view text) {
     const auto number = numberIn<std::uint32_t>(text);
     if (!number.has_value() || *number == 0) return std::nullopt;
     return *number;
+}
+
+/// Both sides, or one of them: "W" or "xH".
+std::optional<PixelSize> sizeIn(std::string_view text) {
+    const std::size_t cross = text.find_first_of("xX");
+    const auto width = sideIn(text.substr(0, cross));
+    const auto height = cross == std::string_view::npos ? 0 : sideIn(text.substr(cross + 1));
+    if (!width.has_value() || !height.has_value()) return std::nullopt;
+    const bool isComplete = *width > 0 && *height > 0;
+    const bool isOneSided = cross == std::string_view::npos ? *width > 0 : *width == 0 && *height > 0;
+    return isComplete || isOneSided ? std::optional(PixelSize{*width, *height}) : std::nullopt;
 }
 
 NSColor colorOf(std::uint32_t rgba) {
@@ -111,17 +125,24 @@ double parseSeconds(std::string_view text, const std::string& option) {
                      "' is not a number of seconds above 0 and up to 86400");
 }
 
-PixelSize parseSize(std::string_view text, const std::string& option, bool both) {
-    const std::size_t cross = text.find_first_of("xX");
-    const auto width = sideIn(text.substr(0, cross));
-    const auto height = cross == std::string_view::npos ? 0 : sideIn(text.substr(cross + 1));
-    const bool isComplete = width > 0 && height > 0;
-    const bool isOneSided = cross == std::string_view::npos ? width > 0 : width == 0 && height > 0;
-    if (width.has_value() && height.has_value() && (isComplete || (isOneSided && !both)))
-        return {*width, *height};
-    throw UsageError(option + ": '" + std::string(text) + "' is no size in pixels; give " +
-                     (both ? "WxH, such as 400x300" : "WxH, W or xH, such as 800x600, 800 or x600"));
+PixelSize parseSize(std::string_view text, const std::string& option) {
+    if (const auto size = sizeIn(text)) return *size;
+    throw UsageError(option + ": '" + std::string(text) +
+                     "' is no size in pixels; give WxH, W or xH, such as 800x600, 800 or x600");
 }
+
+PixelSize parseWholeSize(std::string_view text, const std::string& option) {
+    const auto size = sizeIn(text);
+    if (size.has_value() && size->width > 0 && size->height > 0) return *size;
+    throw UsageError(option + ": '" + std::string(text) +
+                     "' is no size in pixels; give WxH, such as 400x300");
+}
+
+Platform::NSSize floats(PixelSize size) {
+    return {static_cast<float>(size.width), static_cast<float>(size.height)};
+}
+
+Platform::NSRect rectOf(PixelSize size) { return {Platform::NSZeroPoint, floats(size)}; }
 
 NSColor parseColor(const std::string& text, const std::string& option) {
     const std::string name = lowerCase(text);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Foundation/Geometry.h"
 #include "Platform/Graphics/Color.h"
 #include "Tools/Command/Messages.h"
 
@@ -10,13 +11,21 @@
 #include <utility>
 #include <vector>
 
-/// The values that options take. Everything here throws a UsageError that begins with the option's name and
-/// says what would have been right. Numbers have a point whatever the locale.
+/// The values that options take, as converters for their tables. Everything here throws a UsageError that
+/// begins with the option's name and says what would have been right. Numbers have a point whatever the
+/// locale.
 namespace Imaging::Tool {
 
 /// A whole number in a range, ends included.
 std::int64_t parseNumber(std::string_view text, const std::string& option, std::int64_t low,
                          std::int64_t high);
+
+/// The converter to such a number.
+inline auto wholeNumber(std::int64_t low, std::int64_t high) {
+    return [low, high](const std::string& text, const std::string& option) {
+        return parseNumber(text, option, low, high);
+    };
+}
 
 /// Numbers with commas between them, `count` of them, each finite and at most a million away from 0. `what`
 /// names them and `example` is one: "no angle in degrees", "30 or -12.5".
@@ -32,8 +41,15 @@ struct PixelSize {
     std::int64_t height = 0;
 };
 
-/// "WxH", "W" or "xH". Where `both` is true only the first will do.
-PixelSize parseSize(std::string_view text, const std::string& option, bool both);
+/// "WxH", "W" or "xH".
+PixelSize parseSize(std::string_view text, const std::string& option);
+
+/// "WxH" alone.
+PixelSize parseWholeSize(std::string_view text, const std::string& option);
+
+/// A size as lengths, and the rectangle of it whose lower left corner is (0, 0).
+Platform::NSSize floats(PixelSize size);
+Platform::NSRect rectOf(PixelSize size);
 
 /// A colour by its name or as #rgb, #rgba, #rrggbb or #rrggbbaa.
 Platform::NSColor parseColor(const std::string& text, const std::string& option);

@@ -42,6 +42,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOneOperand("an input"); }
     ExitStatus run() override;
 
 private:
@@ -55,7 +56,7 @@ OptionTable ApplyCommand::options() {
 }
 
 ExitStatus ApplyCommand::run() {
-    const std::string& input = onlyOperand("an input");
+    const std::string& input = operands().front();
     const OutputFormat format = m_output.checkedFormat();
     const NSColor background = m_output.backgroundFor(format);
     const std::vector<Step> steps = m_operations.steps();

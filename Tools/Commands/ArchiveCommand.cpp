@@ -83,6 +83,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOperands("an input"); }
     ExitStatus run() override;
 
 private:
@@ -162,7 +163,7 @@ NSData ArchiveCommand::encoded(const IMGImage& root) const {
 }
 
 ExitStatus ArchiveCommand::run() {
-    const std::vector<std::string>& inputs = operands("an input");
+    const std::vector<std::string>& inputs = operands();
     checkOutputPath(m_output);
     Progress progress(inputs.size(), quiet());
     IMGImage::Sources nodes;

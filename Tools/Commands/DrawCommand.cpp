@@ -71,6 +71,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOneOperand("an input"); }
     ExitStatus run() override;
 
 private:
@@ -120,7 +121,7 @@ OptionTable DrawCommand::options() {
 DrawCommand::Plan DrawCommand::plan() const {
     Plan plan;
     plan.format = m_output.checkedFormat();
-    if (!m_size.empty()) plan.asked = parseSize(m_size, "--size", false);
+    if (!m_size.empty()) plan.asked = parseSize(m_size, "--size");
     plan.fit = parseFit(m_fit, "--fit");
     plan.background = m_output.backgroundFor(plan.format);
     plan.frame = parseFrame(m_frame, "--frame");
@@ -143,7 +144,7 @@ NSRect DrawCommand::drawOnWhole(const Drawing& drawing, PixelSize size, const Pl
 }
 
 ExitStatus DrawCommand::run() {
-    const std::string& input = onlyOperand("an input");
+    const std::string& input = operands().front();
     const Plan plan = this->plan();
 
     Progress progress(1, quiet());

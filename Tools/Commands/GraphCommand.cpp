@@ -32,6 +32,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOneOperand("an input"); }
     ExitStatus run() override;
 
 private:
@@ -64,7 +65,7 @@ std::shared_ptr<Imaging::IMGImage> GraphCommand::graph(const std::string& input,
 }
 
 ExitStatus GraphCommand::run() {
-    const std::string& input = onlyOperand("an input");
+    const std::string& input = operands().front();
     const std::vector<Step> steps = m_operations.steps();
     const std::shared_ptr<Imaging::IMGImage> root = graph(input, steps);
     writeStandardOutput(m_dot ? dotOf(root) : treeOf(root));

@@ -30,6 +30,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOperands("an input"); }
     ExitStatus run() override;
 
 private:
@@ -52,7 +53,7 @@ PictureFacts factsAbout(const std::string& input) {
 }
 
 ExitStatus InfoCommand::run() {
-    const std::vector<std::string>& inputs = operands("an input");
+    const std::vector<std::string>& inputs = operands();
     std::vector<PictureFacts> all;
     {
         Progress progress(inputs.size(), quiet());

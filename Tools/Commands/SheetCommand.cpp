@@ -45,6 +45,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOperands("a picture or folder"); }
     ExitStatus run() override;
 
 private:
@@ -90,7 +91,7 @@ OptionTable SheetCommand::options() {
 }
 
 PixelSize SheetCommand::checkedCell() const {
-    const PixelSize cell = parseSize(m_cell, "--cell", true);
+    const PixelSize cell = parseWholeSize(m_cell, "--cell");
     if (std::min(cell.width, cell.height) >= smallestCell) return cell;
     throw UsageError("--cell: '" + m_cell + "' is too small; each side takes at least " +
                      std::to_string(smallestCell) + " pixels");
@@ -113,7 +114,7 @@ Frame SheetCommand::checkedFrame(PixelSize cell) const {
 /// All pictures, with those of the folders in the folders' places.
 std::vector<std::string> SheetCommand::names() const {
     std::vector<std::string> all;
-    for (const std::string& input : operands("a picture or folder")) {
+    for (const std::string& input : operands()) {
         if (isFolder(input)) {
             const std::vector<std::string> pictures = picturesInFolder(input, m_output.path);
             all.insert(all.end(), pictures.begin(), pictures.end());
@@ -148,7 +149,6 @@ std::size_t SheetCommand::drawAll(const std::vector<std::string>& names, const S
 }
 
 ExitStatus SheetCommand::run() {
-    operands("a picture or folder");
     const OutputFormat format = m_output.checkedFormat();
     const PixelSize cell = checkedCell();
     const Frame frame = checkedFrame(cell);

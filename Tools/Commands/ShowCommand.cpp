@@ -61,6 +61,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override { requireOperands("a picture, folder or show file"); }
     ExitStatus run() override;
 
 private:
@@ -191,7 +192,7 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
 }
 
 ExitStatus ShowCommand::run() {
-    const std::vector<std::string>& inputs = operands("a picture, folder or show file");
+    const std::vector<std::string>& inputs = operands();
     checkOutputs();
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});
     if (!m_output.path.empty() || (m_sheet.path.empty() && !m_dry_run)) m_output.check(show.size);

@@ -82,6 +82,7 @@ public:
 
 protected:
     OptionTable options() override;
+    void checkOperands() const override;
     ExitStatus run() override;
 
 private:
@@ -169,17 +170,21 @@ PixelSize TransitionCommand::checkedCell() const {
                      std::to_string(smallestCell) + " pixels");
 }
 
-TransitionCommand::Request TransitionCommand::checkedRequest() const {
-    const std::vector<std::string>& names = operands("the picture that a transition begins with");
+void TransitionCommand::checkOperands() const {
+    requireOperands("the picture that a transition begins with");
+    const std::vector<std::string>& names = operands();
     if (names.size() < 2) throw UsageError("the picture that a transition ends with is missing");
     if (names.size() > 2) throw UsageError("'" + names[2] + "' is one too many: this takes two pictures");
     if (isStandardInput(names[0]) && isStandardInput(names[1]))
         throw UsageError("standard input cannot be both pictures");
+}
+
+TransitionCommand::Request TransitionCommand::checkedRequest() const {
     Request request;
     request.show.size = checkedCell();
     request.show.background = parseOpaqueColor(m_background, "--background");
     request.show.asStored = m_output.asStored;
-    for (const std::string& name : names) {
+    for (const std::string& name : operands()) {
         ShowPicture picture;
         picture.name = name;
         picture.fit = parseFit(m_fit, "--fit");

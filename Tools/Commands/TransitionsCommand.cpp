@@ -96,8 +96,9 @@ public:
 protected:
     OptionTable options() override { return {{"--json", "", "Write a JSON array", raise(m_json)}}; }
 
+    void checkOperands() const override { refuseOperands(); }
+
     ExitStatus run() override {
-        refuseOperands();
         writeStandardOutput(m_json ? listJson() : listText());
         return Done;
     }

@@ -97,7 +97,7 @@ double parseDuration(std::string_view text, const std::string& option) {
 }
 
 PixelSize parseFrameSize(std::string_view text, const std::string& option) {
-    const PixelSize size = parseSize(text, option, true);
+    const PixelSize size = parseWholeSize(text, option);
     if (std::max(size.width, size.height) <= maximumFrameSide) return size;
     throw UsageError(option + ": '" + std::string(text) +
                      "' is too large for a frame; each side takes at "

@@ -30,8 +30,6 @@ using Platform::NSSize;
 
 namespace {
 
-NSSize floats(PixelSize size) { return {static_cast<float>(size.width), static_cast<float>(size.height)}; }
-
 /// The rectangle of whole pixels with the same middle that is just large enough.
 NSRect inWholePixels(NSRect rect) {
     const NSSize size = floats({wholePixels(rect.size.width), wholePixels(rect.size.height)});

@@ -68,7 +68,7 @@ Step scale(const std::string& value, const std::string& fit) {
     static const Words words = {{"contain", Imaging::SCALE_PROPORTIONALLY},
                                 {"stretch", Imaging::SCALE_TO_FILL},
                                 {"none", Imaging::SCALE_NONE}};
-    const PixelSize size = parseSize(value, "--scale", false);
+    const PixelSize size = parseSize(value, "--scale");
     const std::int32_t scaling =
         fit.empty() ? Imaging::SCALE_PROPORTIONALLY : parseWord(fit, "--fit", "way to fit", words);
     return [size, scaling](FramedNode& picture) { picture.scale(size, scaling); };
@@ -81,7 +81,7 @@ Step translation(const std::string& value, const std::string&) {
 }
 
 Step canvas(const std::string& value, const std::string&) {
-    const PixelSize size = parseSize(value, "--canvas", true);
+    const PixelSize size = parseWholeSize(value, "--canvas");
     return [size](FramedNode& picture) { picture.putOnCanvas(size); };
 }
 
