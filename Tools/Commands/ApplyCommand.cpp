@@ -57,8 +57,6 @@ OptionTable ApplyCommand::options() {
 
 ExitStatus ApplyCommand::run() {
     const std::string& input = operands().front();
-    const OutputFormat format = m_output.checkedFormat();
-    const NSColor background = m_output.backgroundFor(format);
     const std::vector<Step> steps = m_operations.steps();
 
     Progress progress(1, quiet());
@@ -71,11 +69,10 @@ ExitStatus ApplyCommand::run() {
     const PixelSize size = picture.size();
     const auto bitmap =
         drawnOnCanvas(size, shownPath(m_output.path), "--scale or --crop it to a smaller size", [&] {
-            const NSRect whole = {Platform::NSZeroPoint,
-                                  {static_cast<float>(size.width), static_cast<float>(size.height)}};
-            if (!format.hasAlpha)
+            const NSRect whole = rectOf(size);
+            if (!m_output.format.hasAlpha)
                 paint(whole, NSColor::whiteColor()); // for a background that lets it through
-            paint(whole, background);
+            paint(whole, m_output.background);
             picture.draw();
             return whole;
         });

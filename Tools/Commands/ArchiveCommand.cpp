@@ -100,7 +100,7 @@ private:
 };
 
 OptionTable ArchiveCommand::options() {
-    return {{"-o,--output", "GRAPH", "The graph to write", into(m_output)},
+    return {{"-o,--output", "GRAPH", "The graph to write", intoOutputPath(m_output)},
             {"--embed", "",
              "Put the pictures' bytes into the graph, instead of\n"
              "their paths",
@@ -164,7 +164,6 @@ NSData ArchiveCommand::encoded(const IMGImage& root) const {
 
 ExitStatus ArchiveCommand::run() {
     const std::vector<std::string>& inputs = operands();
-    checkOutputPath(m_output);
     Progress progress(inputs.size(), quiet());
     IMGImage::Sources nodes;
     for (const std::string& input : inputs) {

@@ -1,3 +1,6 @@
+// Draws one picture or graph into a bitmap, or onto a page of vectors, with a border and a line of text over
+// it.
+
 #include "Imaging/Generators.h"
 #include "Imaging/GraphicsUtilities.h"
 #include "Platform/Graphics/GraphicsContext.h"
@@ -41,27 +44,27 @@ size.)",
   imaging draw http://example.com/a.jpg -o - --format png > a.png
   imaging draw layers.graph -o layers.tif)"};
 
-struct Frame {
+/// What is drawn over the edges of a picture.
+struct Border {
     float width;
     NSColor color;
 };
 
-/// "WIDTH,COLOR"; nullopt for "".
-std::optional<Frame> parseFrame(const std::string& text, const std::string& option) {
-    if (text.empty()) return std::nullopt;
+/// "WIDTH,COLOR"
+Border parseBorder(const std::string& text, const std::string& option) {
     const std::size_t comma = text.find(',');
     const double width = parseNumbers(text.substr(0, comma), option, 1, "no width in pixels", "12 or 2.5")[0];
     if (!(width > 0)) throw UsageError(option + ": the width has to be more than 0");
     if (comma == std::string::npos) {
         throw UsageError(option + ": '" + text + "' has no colour; give both, as in 12,white or 4,#00000080");
     }
-    return Frame{static_cast<float>(width), parseColor(text.substr(comma + 1), option)};
+    return {.width = static_cast<float>(width), .color = parseColor(text.substr(comma + 1), option)};
 }
 
-/// Covers the inside of a rectangle's edges. A frame wider than half of the rectangle fills it.
-void drawFrame(const Frame& frame, NSRect rect) {
-    const float width = std::min({frame.width, rect.size.width / 2, rect.size.height / 2});
-    Imaging::IMGSimpleFrameGenerator::generatorWithSize(rect.size, frame.color, width)
+/// Covers the inside of a rectangle's edges. A border wider than half of the rectangle fills it.
+void drawBorder(const Border& border, NSRect rect) {
+    const float width = std::min({border.width, rect.size.width / 2, rect.size.height / 2});
+    Imaging::IMGSimpleFrameGenerator::generatorWithSize(rect.size, border.color, width)
         ->drawInRect(rect, Platform::NSCompositeSourceOver, 1.0F, false, nullptr);
 }
 
@@ -75,41 +78,30 @@ protected:
     ExitStatus run() override;
 
 private:
-    /// What the arguments say, checked.
-    struct Plan {
-        OutputFormat format;
-        PixelSize asked;
-        Fit fit = Fit::Contain;
-        NSColor background;
-        std::optional<Frame> frame;
-    };
+    NSRect drawOnWhole(const Drawing& drawing, PixelSize size) const;
 
-    Plan plan() const;
-    NSRect drawOnWhole(const Drawing& drawing, PixelSize size, const Plan& plan) const;
-
-    PictureOutput m_output;
-    std::string m_size;
-    std::string m_fit = "contain";
-    std::string m_frame;
+    PictureOutput m_output{.takesPages = true};
+    std::optional<PixelSize> m_size; ///< a side of it may be missing
+    Fit m_fit = Fit::Contain;
+    std::optional<Border> m_border;
     std::string m_hint;
 };
 
 OptionTable DrawCommand::options() {
-    m_output.takesPages = true;
     return joined({m_output.whereOptions("picture", "OUTPUT"),
                    {{"--size", "SIZE",
                      "The new size in pixels as WxH; W or xH alone keeps\n"
                      "the shape. Without it the input's own",
-                     into(m_size)},
+                     into(m_size, parseSize)},
                     {"--fit", "FIT",
                      "How to bring it into another shape: contain (all of\n"
                      "it, in the middle of the background; the default),\n"
                      "cover (fill and cut) or stretch",
-                     into(m_fit)},
+                     into(m_fit, parseFit)},
                     {"--frame", "WIDTH,COLOR",
                      "Draw a frame so many pixels wide over the edges of\n"
                      "the picture, such as 12,white; alpha counts",
-                     into(m_frame)},
+                     into(m_border, parseBorder)},
                     {"--hint", "TEXT",
                      "Write a text into the middle of the picture, in bold\n"
                      "light gray of 18 pixels, on one line",
@@ -118,45 +110,34 @@ OptionTable DrawCommand::options() {
                    m_output.howOptions()});
 }
 
-DrawCommand::Plan DrawCommand::plan() const {
-    Plan plan;
-    plan.format = m_output.checkedFormat();
-    if (!m_size.empty()) plan.asked = parseSize(m_size, "--size");
-    plan.fit = parseFit(m_fit, "--fit");
-    plan.background = m_output.backgroundFor(plan.format);
-    plan.frame = parseFrame(m_frame, "--frame");
-    return plan;
-}
-
 /// Gives the rectangle of the whole size.
-NSRect DrawCommand::drawOnWhole(const Drawing& drawing, PixelSize size, const Plan& plan) const {
-    const NSRect whole = {Platform::NSZeroPoint,
-                          {static_cast<float>(size.width), static_cast<float>(size.height)}};
-    if (!plan.format.hasAlpha) paint(whole, NSColor::whiteColor()); // for a background that lets it through
-    paint(whole, plan.background);
-    const NSRect place = drawing.placed(whole, plan.fit);
+NSRect DrawCommand::drawOnWhole(const Drawing& drawing, PixelSize size) const {
+    const NSRect whole = rectOf(size);
+    if (!m_output.format.hasAlpha)
+        paint(whole, NSColor::whiteColor()); // for a background that lets it through
+    paint(whole, m_output.background);
+    const NSRect place = drawing.placed(whole, m_fit);
     drawing.drawInRect(place);
     // A picture that covers the size reaches beyond it; its edges are then those that are seen.
     const NSRect seen = Platform::NSIntersectionRect(place, whole);
-    if (plan.frame.has_value()) drawFrame(*plan.frame, seen);
+    if (m_border.has_value()) drawBorder(*m_border, seen);
     if (!m_hint.empty()) Imaging::HintTextInFrame(seen, m_hint);
     return whole;
 }
 
 ExitStatus DrawCommand::run() {
     const std::string& input = operands().front();
-    const Plan plan = this->plan();
-
     Progress progress(1, quiet());
     progress.beginStep(shownName(input));
     const Drawing drawing(loadNode(input), input,
                           m_output.asStored ? Upright::AsStored : Upright::AsDeclared);
-    const PixelSize size = drawing.completed(plan.asked);
-    const auto draw = [this, &drawing, &plan, size] { return drawOnWhole(drawing, size, plan); };
+    const PixelSize size = drawing.completed(m_size.value_or(PixelSize()));
+    const auto draw = [&] { return drawOnWhole(drawing, size); };
     const std::string name = shownPath(m_output.path);
     const std::string advice = "choose a smaller --size";
-    if (plan.format.page != PageFormat::None) {
-        writeOutput(drawnOnPage(plan.format.page, size, name, advice, draw), m_output.path);
+    const PageFormat page = m_output.format.page;
+    if (page != PageFormat::None) {
+        writeOutput(drawnOnPage(page, size, name, advice, draw), m_output.path);
     } else {
         m_output.write(*drawnOnCanvas(size, name, advice, draw));
     }

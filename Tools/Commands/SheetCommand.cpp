@@ -1,3 +1,5 @@
+// Lays pictures out in cells, each read, drawn and let go of before the next one.
+
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
@@ -49,66 +51,69 @@ protected:
     ExitStatus run() override;
 
 private:
-    PixelSize checkedCell() const;
-    Frame checkedFrame(PixelSize cell) const;
     std::vector<std::string> names() const;
     std::optional<Drawing> drawingFor(const std::string& name) const;
-    std::size_t drawAll(const std::vector<std::string>& names, const SheetLayout& layout,
-                        const Frame& frame) const;
+    std::size_t drawAll(const std::vector<std::string>& names, const SheetLayout& layout) const;
 
     PictureOutput m_output;
-    std::string m_columns;
-    std::string m_cell = "420x280";
-    std::string m_background = "#363636";
-    std::string m_frame;
+    std::optional<std::int64_t> m_columns;
+    PixelSize m_cell = {420, 280};
+    NSColor m_background = NSColor::colorWithCalibratedWhite(54.0F / 255, 1); // #363636
+    Border m_border;
     bool m_skip_bad = false;
 };
 
+PixelSize parseCell(const std::string& text, const std::string& option) {
+    const PixelSize cell = parseWholeSize(text, option);
+    if (std::min(cell.width, cell.height) >= smallestCell) return cell;
+    throw UsageError(option + ": '" + text + "' is too small; each side takes at least " +
+                     std::to_string(smallestCell) + " pixels");
+}
+
+/// "WIDTH,COLOR" or "none".
+Border parseBorder(const std::string& text, const std::string& option, PixelSize cell) {
+    if (text == "none") return {};
+    const std::size_t comma = text.find(',');
+    if (comma == std::string::npos) {
+        throw UsageError(option + ": '" + text + "' is no frame; give WIDTH,COLOR, such as 8,white, or none");
+    }
+    // At least half of the cell is left for the picture.
+    const std::int64_t widest = std::min(cell.width, cell.height) / 4;
+    return {.width = parseNumber(text.substr(0, comma), option, 0, widest),
+            .color = parseColor(text.substr(comma + 1), option)};
+}
+
+Border borderFor(PixelSize cell) {
+    return {.width = std::max<std::int64_t>(1, std::min(cell.width, cell.height) / 40)};
+}
+
 OptionTable SheetCommand::options() {
+    const auto border = [this](const std::string& text, const std::string& option) {
+        return parseBorder(text, option, m_cell);
+    };
     return joined({m_output.whereOptions("sheet", "SHEET"),
                    {{"--columns", "N",
                      "Pictures in a row. By default about as many as there\n"
                      "are rows",
-                     into(m_columns)},
+                     into(m_columns, wholeNumber(1, 1000))},
                     {"--cell", "WxH",
                      "The space for a picture and its frame in pixels\n"
                      "(420x280)",
-                     into(m_cell)},
+                     into(m_cell, parseCell)},
                     {"--background", "COLOR",
                      "The colour between the pictures: #rgb, #rrggbb,\n"
                      "#rrggbbaa, transparent, or a name such as white,\n"
                      "black, gray or navy (#363636)",
-                     into(m_background)},
+                     into(m_background, parseColor)},
                     {"--frame", "WIDTH,COLOR",
                      "The mat around each picture: its width in pixels and\n"
                      "its colour, or none (1/40 of the cell, white)",
-                     into(m_frame)},
+                     orElse(into(m_border, border), [this] { m_border = borderFor(m_cell); })},
                     {"--skip-bad", "",
                      "Go on without pictures that cannot be read; they are\n"
                      "still named",
                      raise(m_skip_bad)}},
                    m_output.howOptions()});
-}
-
-PixelSize SheetCommand::checkedCell() const {
-    const PixelSize cell = parseWholeSize(m_cell, "--cell");
-    if (std::min(cell.width, cell.height) >= smallestCell) return cell;
-    throw UsageError("--cell: '" + m_cell + "' is too small; each side takes at least " +
-                     std::to_string(smallestCell) + " pixels");
-}
-
-Frame SheetCommand::checkedFrame(PixelSize cell) const {
-    const std::int64_t side = std::min(cell.width, cell.height);
-    if (m_frame == "none") return {};
-    if (m_frame.empty()) return {std::max<std::int64_t>(1, side / 40), NSColor::whiteColor()};
-    const std::size_t comma = m_frame.find(',');
-    if (comma == std::string::npos) {
-        throw UsageError("--frame: '" + m_frame +
-                         "' is no frame; give WIDTH,COLOR, such as 8,white, or none");
-    }
-    // At least half of the cell is left for the picture.
-    return {parseNumber(m_frame.substr(0, comma), "--frame", 0, side / 4),
-            parseColor(m_frame.substr(comma + 1), "--frame")};
 }
 
 /// All pictures, with those of the folders in the folders' places.
@@ -136,33 +141,26 @@ std::optional<Drawing> SheetCommand::drawingFor(const std::string& name) const {
 }
 
 /// Draws one picture after another, of which each is let go of before the next is read. Gives their number.
-std::size_t SheetCommand::drawAll(const std::vector<std::string>& names, const SheetLayout& layout,
-                                  const Frame& frame) const {
+std::size_t SheetCommand::drawAll(const std::vector<std::string>& names, const SheetLayout& layout) const {
     Progress progress(names.size(), quiet());
     std::size_t drawn = 0;
     for (const std::string& name : names) {
         progress.beginStep(shownName(name));
         const std::optional<Drawing> drawing = drawingFor(name);
-        if (drawing.has_value()) drawFramed(*drawing, layout.cell(drawn++), frame, layout.gap());
+        if (drawing.has_value()) drawFramed(*drawing, layout.cell(drawn++), m_border, layout.gap());
     }
     return drawn;
 }
 
 ExitStatus SheetCommand::run() {
-    const OutputFormat format = m_output.checkedFormat();
-    const PixelSize cell = checkedCell();
-    const Frame frame = checkedFrame(cell);
-    const NSColor background = parseColor(m_background, "--background");
-    const std::int64_t columns = m_columns.empty() ? 0 : parseNumber(m_columns, "--columns", 1, 1000);
-
     const std::vector<std::string> pictures = names();
-    const SheetLayout layout(pictures.size(), cell, columns);
+    const SheetLayout layout(pictures.size(), m_cell, m_columns.value_or(0));
     const auto bitmap = drawnOnCanvas(
         layout.size(), shownPath(m_output.path), "choose a smaller --cell or make several sheets", [&] {
             const NSRect whole = layout.used(pictures.size());
-            if (!format.hasAlpha) paint(whole, NSColor::whiteColor());
-            paint(whole, background);
-            const std::size_t drawn = drawAll(pictures, layout, frame);
+            if (!m_output.format.hasAlpha) paint(whole, NSColor::whiteColor());
+            paint(whole, m_background);
+            const std::size_t drawn = drawAll(pictures, layout);
             if (drawn == 0) throw Failure(shownPath(m_output.path), "none of the pictures can be read");
             return layout.used(drawn);
         });

@@ -1,3 +1,5 @@
+// Makes a film: reads all pictures once to see that they are good, then draws frame after frame into a sink.
+
 #include "Tools/Command/Messages.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Output.h"
@@ -65,7 +67,7 @@ protected:
     ExitStatus run() override;
 
 private:
-    void checkOutputs() const;
+    void setSheet(const std::string& path, const std::string& option);
     FrameRange checkedRange(const Schedule& schedule) const;
     void dropBadPictures(Show& show, const PictureCheck& check) const;
     void makeAll(const Show& show, const Schedule& schedule, FrameRange range, const PictureCheck& check);
@@ -76,52 +78,62 @@ private:
     ShowOptions m_options;
     FilmOutput m_output;
     PictureOutput m_sheet;
-    std::string m_frames;
+    GivenText m_frames;
     bool m_dry_run = false;
     bool m_json = false;
     bool m_skip_bad = false;
 };
 
 OptionTable ShowCommand::options() {
+    const auto toSheet = [this](const std::string& text, const std::string& option) {
+        setSheet(text, option);
+    };
+    const auto toJson = [this](const std::string&, const std::string& option) {
+        if (m_output.takesStandardOutput())
+            throw UsageError(option + ": standard output takes the film's frames already; leave it out");
+        m_json = true;
+    };
     return joined({m_output.options(),
                    m_options.options(),
                    {{"--frames", "A-B",
                      "Make only these frames of the film, counted from 1,\n"
                      "such as 1-500",
-                     into(m_frames)},
-                    {"--contact-sheet", "SHEET",
+                     into(m_frames, asGiven)},
+                    {"--contact-sheet",
+                     "SHEET",
                      "Also draw a sheet of the film: a .png, .jpg, .tiff\n"
                      "or the like. Without -o nothing else is made",
-                     into(m_sheet.path)},
+                     {.take = toSheet, .emptyIsNone = true}},
                     {"--dry-run", "", "Make nothing, and print when each picture comes", raise(m_dry_run)},
-                    {"--json", "", "Tell the progress, or the plan, as lines of JSON", raise(m_json)},
+                    {"--json",
+                     "",
+                     "Tell the progress, or the plan, as lines of JSON",
+                     {.take = toJson, .isFlag = true}},
                     {"--skip-bad", "",
                      "Go on without pictures that cannot be read; they are\n"
                      "still named",
                      raise(m_skip_bad)}}});
 }
 
-/// What can be told before any file is read.
-void ShowCommand::checkOutputs() const {
-    if (!m_sheet.path.empty()) m_sheet.checkedFormat();
-    if (m_output.takesStandardOutput() && m_json)
-        throw UsageError("--json: standard output takes the film's frames already; leave it out");
-    if (m_sheet.path == "-") throw UsageError("--contact-sheet: the sheet needs a file, not '-'");
-    m_options.settings();
+void ShowCommand::setSheet(const std::string& path, const std::string& option) {
+    if (path == "-") throw UsageError(option + ": the sheet needs a file, not '-'");
+    m_sheet.setPath(path);
 }
 
 FrameRange ShowCommand::checkedRange(const Schedule& schedule) const {
     const std::uint64_t all = schedule.frameCount();
-    if (m_frames.empty()) return {0, all};
-    const std::size_t dash = m_frames.find('-');
+    const auto& [text, option] = m_frames;
+    if (text.empty()) return {.first = 0, .count = all};
+    const std::size_t dash = text.find('-');
     const std::string example = "; give the first and the last one, such as 1-500";
     if (dash == std::string::npos)
-        throw UsageError("--frames: '" + m_frames + "' is no range of frames" + example);
+        throw UsageError(option + ": '" + text + "' is no range of frames" + example);
     const auto last = static_cast<std::int64_t>(all);
-    const std::int64_t from = parseNumber(m_frames.substr(0, dash), "--frames", 1, last);
-    const std::int64_t to = parseNumber(m_frames.substr(dash + 1), "--frames", 1, last);
-    if (to < from) throw UsageError("--frames: '" + m_frames + "' ends before it begins" + example);
-    return {static_cast<std::uint64_t>(from - 1), static_cast<std::uint64_t>(to - from + 1)};
+    const std::int64_t from = parseNumber(text.substr(0, dash), option, 1, last);
+    const std::int64_t to = parseNumber(text.substr(dash + 1), option, 1, last);
+    if (to < from) throw UsageError(option + ": '" + text + "' ends before it begins" + example);
+    return {.first = static_cast<std::uint64_t>(from - 1),
+            .count = static_cast<std::uint64_t>(to - from + 1)};
 }
 
 void ShowCommand::tell(const Json& line) const {
@@ -193,7 +205,6 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
 
 ExitStatus ShowCommand::run() {
     const std::vector<std::string>& inputs = operands();
-    checkOutputs();
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});
     if (!m_output.path.empty() || (m_sheet.path.empty() && !m_dry_run)) m_output.check(show.size);
     if (m_dry_run) {

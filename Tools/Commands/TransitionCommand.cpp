@@ -1,3 +1,5 @@
+// Lays the frames of one transition out on a sheet, drawn as a film of two pictures would draw them.
+
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Text.h"
 #include "Tools/Command/Messages.h"
@@ -14,8 +16,9 @@
 #include "Tools/Pictures/SheetLayout.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <optional>
+#include <utility>
 
 namespace Imaging::Tool {
 
@@ -76,6 +79,13 @@ void drawLine(const std::string& text, NSRect rect, float fontSize) {
         {Platform::NSMidX(rect) - size.width / 2, Platform::NSMidY(rect) - size.height / 2});
 }
 
+/// A transition's name and parameters, and the option that they were given by.
+struct AskedTransition {
+    std::string name;
+    std::vector<std::pair<std::string, std::string>> settings;
+    std::string option;
+};
+
 class TransitionCommand : public Subcommand {
 public:
     const SubcommandText& text() const override { return transitionText; }
@@ -86,88 +96,84 @@ protected:
     ExitStatus run() override;
 
 private:
-    /// Everything that was asked for, once it was checked.
-    struct Request {
-        Show show; ///< a film of the two pictures
-        std::vector<double> weights;
-        std::int64_t columns = 0;
-    };
-
+    OptionTable transitionOptions();
     OptionTable frameOptions();
-    Transition checkedTransition() const;
-    PixelSize checkedCell() const;
-    Request checkedRequest() const;
-    std::shared_ptr<Platform::NSBitmapImageRep> sheet(const Request& request) const;
+    Binding intoParameter(const std::string& parameter);
+    Transition transition() const;
+    Show show() const;
+    std::vector<double> weights() const;
+    std::shared_ptr<Platform::NSBitmapImageRep> sheet(const Show& show) const;
 
     PictureOutput m_output;
-    std::string m_kind;
-    std::string m_direction;
-    std::string m_in_out;
-    std::string m_color;
-    std::string m_balance;
-    std::string m_weights = "5";
-    std::string m_easing = "linear";
-    std::string m_cell = "480x270";
-    std::string m_columns;
-    std::string m_fit = "contain";
-    std::string m_background = "black";
+    AskedTransition m_asked;
+    std::int64_t m_weights = 5;
+    Easing m_easing = Easing::Linear;
+    PixelSize m_cell = {480, 270};
+    std::optional<std::int64_t> m_columns;
+    Fit m_fit = Fit::Contain;
+    NSColor m_background = NSColor::blackColor();
 };
 
+AskedTransition parseTransition(const std::string& text, const std::string& option) {
+    auto [name, settings] = splitTransition(text, option);
+    return {.name = std::move(name), .settings = std::move(settings), .option = option};
+}
+
+PixelSize parseCell(const std::string& text, const std::string& option) {
+    const PixelSize cell = parseFrameSize(text, option);
+    if (std::min(cell.width, cell.height) >= smallestCell) return cell;
+    throw UsageError(option + ": '" + text + "' is too small; each side takes at least " +
+                     std::to_string(smallestCell) + " pixels");
+}
+
+/// An option for a parameter. What it says counts more than what stands behind the transition's name.
+Binding TransitionCommand::intoParameter(const std::string& parameter) {
+    return {.take =
+                [this, parameter](const std::string& text, const std::string&) {
+                    std::erase_if(m_asked.settings,
+                                  [&](const auto& setting) { return setting.first == parameter; });
+                    m_asked.settings.emplace_back(parameter, text);
+                },
+            .emptyIsNone = true};
+}
+
 OptionTable TransitionCommand::options() {
-    return joined({{{"--kind", "NAME",
-                     "The transition, with parameters or without:\n"
-                     "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
-                     "lists them",
-                     into(m_kind)},
-                    {"--direction", "WAY", "The parameter direction, such as left", into(m_direction)},
-                    {"--in-out,--inout", "WORD", "The parameter inout: in or out", into(m_in_out)},
-                    {"--color", "COLOR", "The parameter color", into(m_color)},
-                    {"--balance", "N", "The parameter balance, -1 to 1", into(m_balance)}},
-                   frameOptions(),
-                   m_output.whereOptions("sheet", "SHEET"),
+    return joined({transitionOptions(), frameOptions(), m_output.whereOptions("sheet", "SHEET"),
                    m_output.howOptions()});
 }
 
+OptionTable TransitionCommand::transitionOptions() {
+    const std::string missing =
+        "the transition is missing: --kind NAME; known are " + enumeration(drawnKindNames());
+    return {{"--kind", "NAME",
+             "The transition, with parameters or without:\n"
+             "NAME[:PARAMETER=VALUE...]; 'imaging transitions'\n"
+             "lists them",
+             required(into(m_asked, parseTransition), missing)},
+            {"--direction", "WAY", "The parameter direction, such as left", intoParameter("direction")},
+            {"--in-out,--inout", "WORD", "The parameter inout: in or out", intoParameter("inout")},
+            {"--color", "COLOR", "The parameter color", intoParameter("color")},
+            {"--balance", "N", "The parameter balance, -1 to 1", intoParameter("balance")}};
+}
+
 OptionTable TransitionCommand::frameOptions() {
-    return {{"--weights", "N", "How many frames, from 0 to 1 in equal steps (5)", into(m_weights)},
+    return {{"--weights", "N", "How many frames, from 0 to 1 in equal steps (5)",
+             into(m_weights, wholeNumber(2, mostWeights))},
             {"--ease", "EASING",
              "How the weights follow the steps: linear, in, out or\n"
              "in-out (linear)",
-             into(m_easing)},
-            {"--cell", "WxH", "Pixels of each frame (480x270)", into(m_cell)},
+             into(m_easing, parseEasing)},
+            {"--cell", "WxH", "Pixels of each frame (480x270)", into(m_cell, parseCell)},
             {"--columns", "N",
              "Frames in a row. By default all of up to 6, and of\n"
              "more about as many as there are rows",
-             into(m_columns)},
+             into(m_columns, wholeNumber(1, 1000))},
             {"--fit", "FIT",
              "How a picture of another shape fits a frame:\n"
              "contain, cover or stretch (contain)",
-             into(m_fit)},
-            {"--background", "COLOR", "The colour behind pictures in a frame (black)", into(m_background)}};
-}
-
-Transition TransitionCommand::checkedTransition() const {
-    if (m_kind.empty())
-        throw UsageError("the transition is missing: --kind NAME; known are " +
-                         enumeration(drawnKindNames()));
-    auto [name, settings] = splitTransition(m_kind, "--kind");
-    const std::array<std::pair<std::string, const std::string*>, 4> options = {
-        {{"direction", &m_direction}, {"inout", &m_in_out}, {"color", &m_color}, {"balance", &m_balance}}};
-    for (const auto& [parameter, value] : options) {
-        if (value->empty()) continue;
-        // What an option says counts more than what stands behind the name.
-        std::erase_if(settings,
-                      [&wanted = parameter](const auto& setting) { return setting.first == wanted; });
-        settings.emplace_back(parameter, *value);
-    }
-    return makeTransition(name, settings, "--kind");
-}
-
-PixelSize TransitionCommand::checkedCell() const {
-    const PixelSize cell = parseFrameSize(m_cell, "--cell");
-    if (std::min(cell.width, cell.height) >= smallestCell) return cell;
-    throw UsageError("--cell: '" + m_cell + "' is too small; each side takes at least " +
-                     std::to_string(smallestCell) + " pixels");
+             into(m_fit, parseFit)},
+            {"--background", "COLOR", "The colour behind pictures in a frame (black)",
+             into(m_background, parseOpaqueColor)}};
 }
 
 void TransitionCommand::checkOperands() const {
@@ -179,75 +185,77 @@ void TransitionCommand::checkOperands() const {
         throw UsageError("standard input cannot be both pictures");
 }
 
-TransitionCommand::Request TransitionCommand::checkedRequest() const {
-    Request request;
-    request.show.size = checkedCell();
-    request.show.background = parseOpaqueColor(m_background, "--background");
-    request.show.asStored = m_output.asStored;
+Transition TransitionCommand::transition() const {
+    return makeTransition(m_asked.name, m_asked.settings, m_asked.option);
+}
+
+/// A film of the two pictures.
+Show TransitionCommand::show() const {
+    Show show;
+    show.size = m_cell;
+    show.background = m_background;
+    show.asStored = m_output.asStored;
     for (const std::string& name : operands()) {
         ShowPicture picture;
         picture.name = name;
-        picture.fit = parseFit(m_fit, "--fit");
-        picture.next.transition = checkedTransition();
-        request.show.pictures.push_back(picture);
+        picture.fit = m_fit;
+        picture.next.transition = transition();
+        show.pictures.push_back(picture);
     }
-    const Easing easing = parseEasing(m_easing, "--ease");
-    const std::int64_t count = parseNumber(m_weights, "--weights", 2, mostWeights);
-    for (std::int64_t i = 0; i < count; ++i)
-        request.weights.push_back(eased(easing, static_cast<double>(i) / static_cast<double>(count - 1)));
-    request.columns = count <= longestRow ? count : 0;
-    if (!m_columns.empty()) request.columns = parseNumber(m_columns, "--columns", 1, 1000);
-    return request;
+    return show;
+}
+
+std::vector<double> TransitionCommand::weights() const {
+    std::vector<double> weights;
+    for (std::int64_t i = 0; i < m_weights; ++i)
+        weights.push_back(eased(m_easing, static_cast<double>(i) / static_cast<double>(m_weights - 1)));
+    return weights;
 }
 
 /// A frame at a place of the sheet.
 void drawFrameAt(Platform::NSPoint place, Imaging::IMGImage& node, PixelSize size) {
     const Platform::NSGraphicsStateScope scope;
-    Platform::NSRectClip({place, {static_cast<float>(size.width), static_cast<float>(size.height)}});
+    Platform::NSRectClip({place, floats(size)});
     Platform::NSAffineTransform shift;
     shift.translateXBy(place.x, place.y);
     Platform::NSGraphicsContext::currentContext()->concat(shift);
     drawFrame(node, size);
 }
 
-std::shared_ptr<Platform::NSBitmapImageRep> TransitionCommand::sheet(const Request& request) const {
+std::shared_ptr<Platform::NSBitmapImageRep> TransitionCommand::sheet(const Show& show) const {
     Progress progress(2, quiet());
     std::vector<std::shared_ptr<Imaging::IMGImage>> pictures;
-    for (const ShowPicture& picture : request.show.pictures) {
+    for (const ShowPicture& picture : show.pictures) {
         progress.beginStep(shownName(picture.name));
-        pictures.push_back(framePicture(picture, request.show));
+        pictures.push_back(framePicture(picture, show));
     }
-    const Transition& transition = request.show.pictures[0].next.transition;
-    const PixelSize frame = request.show.size;
-    const Lettering lettering(frame);
-    const SheetLayout layout(request.weights.size(), {frame.width, frame.height + lettering.strip},
-                             request.columns);
+    const Transition& transition = show.pictures[0].next.transition;
+    const std::vector<double> weights = this->weights();
+    const Lettering lettering(m_cell);
+    const std::int64_t columns = m_columns.value_or(m_weights <= longestRow ? m_weights : 0);
+    const SheetLayout layout(weights.size(), {m_cell.width, m_cell.height + lettering.strip}, columns);
     const auto strip = static_cast<float>(lettering.strip);
-    const auto width = static_cast<float>(layout.size().width);
-    const auto height = static_cast<float>(layout.size().height);
+    const Platform::NSSize cells = floats(layout.size());
     const PixelSize whole = {layout.size().width, layout.size().height + lettering.strip};
     return drawnOnCanvas(whole, shownPath(m_output.path), "choose a smaller --cell or fewer --weights", [&] {
-        paint(NSMakeRect(0, 0, width, height + strip), sheetColor);
+        paint(rectOf(whole), sheetColor);
         const auto gap = static_cast<float>(layout.gap());
-        drawLine(transition.text(), NSMakeRect(gap, height - gap, width - 2 * gap, strip + gap),
+        drawLine(transition.text(), NSMakeRect(gap, cells.height - gap, cells.width - 2 * gap, strip + gap),
                  lettering.fontSize);
-        for (std::size_t i = 0; i < request.weights.size(); ++i) {
+        for (std::size_t i = 0; i < weights.size(); ++i) {
             const NSRect cell = layout.cell(i);
-            drawLine(weightText(request.weights[i]),
-                     NSMakeRect(cell.origin.x, cell.origin.y, cell.size.width, strip), lettering.fontSize);
+            drawLine(weightText(weights[i]), NSMakeRect(cell.origin.x, cell.origin.y, cell.size.width, strip),
+                     lettering.fontSize);
             const Platform::NSSize size = {cell.size.width, cell.size.height - strip};
-            const auto node =
-                transition.node(pictures[0], pictures[1], size, static_cast<float>(request.weights[i]));
-            drawFrameAt({cell.origin.x, cell.origin.y + strip}, *node, frame);
+            const auto node = transition.node(pictures[0], pictures[1], size, static_cast<float>(weights[i]));
+            drawFrameAt({cell.origin.x, cell.origin.y + strip}, *node, m_cell);
         }
-        return NSMakeRect(0, 0, width, height + strip);
+        return rectOf(whole);
     });
 }
 
 ExitStatus TransitionCommand::run() {
-    const Request request = checkedRequest();
-    m_output.checkedFormat();
-    m_output.write(*sheet(request));
+    m_output.write(*sheet(show()));
     return Done;
 }
 

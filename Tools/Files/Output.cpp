@@ -1,3 +1,6 @@
+// Encodes what was drawn and writes it in place of what was there, at once or not at all; and the options
+// that say where to and how.
+
 #include "Tools/Files/Output.h"
 
 #include "Tools/Command/Messages.h"
@@ -23,14 +26,14 @@ struct Suffix {
     OutputFormat format;
 };
 
-constexpr OutputFormat jpeg = {Platform::NSJPEGFileType, false, true};
-constexpr OutputFormat png = {Platform::NSPNGFileType, true, false};
-constexpr OutputFormat tiff = {Platform::NSTIFFFileType, true, false};
-constexpr OutputFormat jpeg2000 = {Platform::NSJPEG2000FileType, true, true};
-constexpr OutputFormat gif = {Platform::NSGIFFileType, true, false};
-constexpr OutputFormat bmp = {Platform::NSBMPFileType, true, false};
-constexpr OutputFormat pdf = {0, true, false, PageFormat::PDF};
-constexpr OutputFormat svg = {0, true, false, PageFormat::SVG};
+constexpr OutputFormat jpeg = {.fileType = Platform::NSJPEGFileType, .hasAlpha = false, .hasQuality = true};
+constexpr OutputFormat png = {.fileType = Platform::NSPNGFileType};
+constexpr OutputFormat tiff = {.fileType = Platform::NSTIFFFileType};
+constexpr OutputFormat jpeg2000 = {.fileType = Platform::NSJPEG2000FileType, .hasQuality = true};
+constexpr OutputFormat gif = {.fileType = Platform::NSGIFFileType};
+constexpr OutputFormat bmp = {.fileType = Platform::NSBMPFileType};
+constexpr OutputFormat pdf = {.page = PageFormat::PDF};
+constexpr OutputFormat svg = {.page = PageFormat::SVG};
 constexpr std::array suffixes = {Suffix{"jpg", jpeg}, Suffix{"jpeg", jpeg},    Suffix{"png", png},
                                  Suffix{"tif", tiff}, Suffix{"tiff", tiff},    Suffix{"gif", gif},
                                  Suffix{"bmp", bmp},  Suffix{"jp2", jpeg2000}, Suffix{"pdf", pdf},
@@ -61,23 +64,21 @@ OutputFormat permitted(const OutputFormat& format, const std::string& option, bo
     throw UsageError(option + ": only 'imaging draw' writes PDF and SVG; write a picture such as .png here");
 }
 
-OutputFormat formatOf(const PictureOutput& output) {
-    const bool pages = output.takesPages;
-    if (!output.format.empty()) {
-        if (const auto format = formatNamed(output.format))
-            return permitted(*format, "--format " + output.format, pages);
-        throw UsageError("--format: '" + output.format + "' cannot be written; known are " +
-                         enumeration(formatWords("", pages)) +
-                         suggestion(output.format, formatWords("", pages)));
-    }
-    if (output.path == "-")
+OutputFormat parseFormat(const std::string& text, const std::string& option, bool withPages) {
+    if (const auto format = formatNamed(text)) return permitted(*format, option + " " + text, withPages);
+    const std::vector<std::string> known = formatWords("", withPages);
+    throw UsageError(option + ": '" + text + "' cannot be written; known are " + enumeration(known) +
+                     suggestion(text, known));
+}
+
+OutputFormat formatOfPath(const std::string& path, bool withPages) {
+    if (path == "-")
         throw UsageError("-o -: standard output has no suffix to tell the format by; add --format");
-    const std::string suffix = std::filesystem::path(output.path).extension().string();
+    const std::string suffix = std::filesystem::path(path).extension().string();
     if (const auto format = suffix.empty() ? std::nullopt : formatNamed(suffix.substr(1)))
-        return permitted(*format, "-o " + output.path, pages);
-    throw UsageError("-o " + output.path +
-                     ": the suffix names no format that can be written; those that work are " +
-                     enumeration(formatWords(".", pages)) + ", or add --format");
+        return permitted(*format, "-o " + path, withPages);
+    throw UsageError("-o " + path + ": the suffix names no format that can be written; those that work are " +
+                     enumeration(formatWords(".", withPages)) + ", or add --format");
 }
 
 bool isOpaque(const NSBitmapImageRep& bitmap) {
@@ -122,54 +123,63 @@ std::shared_ptr<NSBitmapImageRep> withoutNeedlessAlpha(const NSBitmapImageRep& b
 
 std::string shownPath(const std::string& path) { return path == "-" ? "standard output" : path; }
 
+Binding intoOutputPath(std::string& path) {
+    const auto check = [](const std::string& text, const std::string&) {
+        checkOutputPath(text);
+        return text;
+    };
+    return orElse(into(path, check), [] { checkOutputPath(""); });
+}
+
 OptionTable PictureOutput::whereOptions(const std::string& what, const std::string& typeName) {
-    return {{"-o,--output", typeName, "The " + what + " to write; its suffix names the format", into(path)},
+    const auto named = [this](const std::string& text, const std::string& option) {
+        return parseFormat(text, option, takesPages);
+    };
+    return {{"-o,--output", typeName, "The " + what + " to write; its suffix names the format",
+             intoOutputPath(path)},
             {"--format", "FORMAT",
              takesPages ? "jpg, png, tiff, gif, bmp, jp2, pdf or svg, whatever\nthe suffix says"
                         : "jpg, png, tiff, gif, bmp or jp2, whatever the\nsuffix says",
-             into(format)}};
+             orElse(into(format, named), [this] { format = formatOfPath(path, takesPages); })}};
 }
 
 OptionTable PictureOutput::backgroundOptions() {
+    const auto byFormat = [this] {
+        background = format.hasAlpha ? Platform::NSColor::clearColor() : Platform::NSColor::whiteColor();
+    };
     return {{"--background", "COLOR",
              "The colour behind it: #rgb, #rrggbb, #rrggbbaa,\n"
              "transparent, or a name such as white, black, gray or\n"
              "navy. By default transparent, and white for JPEG",
-             into(background)}};
+             orElse(into(background, parseColor), byFormat)}};
 }
 
 OptionTable PictureOutput::howOptions() {
-    return {{"--quality", "N", "Of a JPEG or JPEG 2000, 1 to 100 (90)", into(quality)},
+    const auto percent = [this](const std::string& text, const std::string& option) {
+        if (format.hasQuality) return parseNumber(text, option, 1, 100);
+        throw UsageError(option + ": only JPEG and JPEG 2000 have a quality; leave it out or write a .jpg");
+    };
+    return {{"--quality", "N", "Of a JPEG or JPEG 2000, 1 to 100 (90)", into(quality, percent)},
             {"--no-orient", "",
              "Draw pictures as they are stored, whatever way up\n"
              "they declare",
              raise(asStored)}};
 }
 
-OutputFormat PictureOutput::checkedFormat() const {
-    checkOutputPath(path);
-    const OutputFormat chosen = formatOf(*this);
-    if (quality.empty()) return chosen;
-    if (!chosen.hasQuality)
-        throw UsageError("--quality: only JPEG and JPEG 2000 have a quality; leave it out or write a .jpg");
-    parseNumber(quality, "--quality", 1, 100);
-    return chosen;
-}
-
-Platform::NSColor PictureOutput::backgroundFor(const OutputFormat& chosen) const {
-    if (!background.empty()) return parseColor(background, "--background");
-    return chosen.hasAlpha ? Platform::NSColor::clearColor() : Platform::NSColor::whiteColor();
+void PictureOutput::setPath(const std::string& file) {
+    checkOutputPath(file);
+    path = file;
+    format = formatOfPath(file, takesPages);
 }
 
 void PictureOutput::write(const NSBitmapImageRep& bitmap) const {
     Platform::NSImageProperties properties;
-    const std::int64_t percent = quality.empty() ? 90 : parseNumber(quality, "--quality", 1, 100);
-    properties[std::string(Platform::NSImageCompressionFactor)] = static_cast<double>(percent) / 100.0;
+    properties[std::string(Platform::NSImageCompressionFactor)] =
+        static_cast<double>(quality.value_or(90)) / 100.0;
     const std::shared_ptr<NSBitmapImageRep> opaque = withoutNeedlessAlpha(bitmap);
     const NSBitmapImageRep& written = opaque != nullptr ? *opaque : bitmap;
     NSError error;
-    const std::optional<NSData> data =
-        written.representationUsingType(checkedFormat().fileType, properties, &error);
+    const std::optional<NSData> data = written.representationUsingType(format.fileType, properties, &error);
     if (!data.has_value()) throw Failure(shownPath(path), error.message);
     writeOutput(*data, path);
 }

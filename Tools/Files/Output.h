@@ -5,6 +5,7 @@
 #include "Platform/Graphics/Color.h"
 #include "Tools/Command/Options.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,35 +25,37 @@ struct OutputFormat {
     PageFormat page = PageFormat::None;
 };
 
-/// The arguments that say where a picture goes and how, the same for every subcommand that draws one.
+/// Where a picture goes and how, the same for every subcommand that draws one. Its fields are filled by its
+/// options, of which those of `whereOptions` come first in the table.
 struct PictureOutput {
-    std::string path;
-    std::string format;     ///< empty: by the suffix of the path
-    std::string quality;    ///< empty: 90
-    std::string background; ///< empty: transparent, or white where there is no alpha
-    bool asStored = false;  ///< drawn without regard to the way up that pictures declare
-    bool takesPages =
-        false; ///< whether the subcommand writes PDF and SVG too; to be set before anything else
+    /// Whether the subcommand writes PDF and SVG too.
+    bool takesPages = false;
 
-    /// -o and --format; `what` is "picture" or the like.
+    std::string path{};
+    OutputFormat format{};                 ///< by the option, or the suffix of the path
+    std::optional<std::int64_t> quality{}; ///< 1 to 100; 90 where it was not given
+    Platform::NSColor background{};        ///< behind what is drawn
+    bool asStored = false;                 ///< drawn without regard to the way up that pictures declare
+
+    /// -o, which has to be given, and --format; `what` is "picture" or the like.
     OptionTable whereOptions(const std::string& what, const std::string& typeName);
 
-    /// --background.
+    /// --background; otherwise transparent, or white where the format has no alpha.
     OptionTable backgroundOptions();
 
-    /// --quality and --no-orient.
+    /// --quality, of formats that have one, and --no-orient.
     OptionTable howOptions();
 
-    /// The format. Throws a UsageError when the path is missing, neither the format nor the suffix is one
-    /// that can be written, or a quality was given where there is none or that is none.
-    OutputFormat checkedFormat() const;
-
-    /// The colour to put behind what is drawn. Throws a UsageError when it was given as something else.
-    Platform::NSColor backgroundFor(const OutputFormat& chosen) const;
+    /// The same as -o by itself. Throws a UsageError when the suffix names no format, and what
+    /// `checkOutputPath` throws.
+    void setPath(const std::string& file);
 
     /// Encodes a bitmap and writes it, without alpha where all of it is opaque. Throws a Failure.
     void write(const Platform::NSBitmapImageRep& bitmap) const;
 };
+
+/// A path that has to be given and `checkOutputPath` finds good.
+Binding intoOutputPath(std::string& path);
 
 /// The colour of a bitmap of 8-bit red, green, blue and alpha alone; null where not all of it is opaque, or
 /// memory runs out.

@@ -95,17 +95,17 @@ NSRect SheetLayout::used(std::size_t pictures) const {
                       static_cast<float>(taken.height));
 }
 
-void drawFramed(const Drawing& drawing, NSRect cell, const Frame& frame, std::int64_t gap) {
-    if (frame.width == 0) {
+void drawFramed(const Drawing& drawing, NSRect cell, const Border& border, std::int64_t gap) {
+    if (border.width == 0) {
         drawing.drawInRect(drawing.placed(cell, Fit::Contain));
         return;
     }
-    const auto border = static_cast<float>(frame.width);
-    const NSRect picture = drawing.placed(Platform::NSInsetRect(cell, border, border), Fit::Contain);
-    const NSRect mat = Platform::NSInsetRect(picture, -border, -border);
+    const auto width = static_cast<float>(border.width);
+    const NSRect picture = drawing.placed(Platform::NSInsetRect(cell, width, width), Fit::Contain);
+    const NSRect mat = Platform::NSInsetRect(picture, -width, -width);
     drawShadow(mat, static_cast<double>(gap) / 5, std::round(static_cast<float>(gap) / 7));
-    paint(mat, frame.color);
-    if (frame.width > 1) paint(Platform::NSInsetRect(picture, -1, -1), lineColor(frame.color));
+    paint(mat, border.color);
+    if (border.width > 1) paint(Platform::NSInsetRect(picture, -1, -1), lineColor(border.color));
     drawing.drawInRect(picture);
 }
 

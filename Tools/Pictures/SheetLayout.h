@@ -11,7 +11,7 @@
 namespace Imaging::Tool {
 
 /// What surrounds each picture of a sheet. Without a width there is none: no mat, line or shadow.
-struct Frame {
+struct Border {
     std::int64_t width = 0;
     Platform::NSColor color = Platform::NSColor::whiteColor();
 };
@@ -44,8 +44,8 @@ private:
     std::int64_t m_gap;
 };
 
-/// Draws a picture with its frame in the middle of a cell, as large as both fit in. The shadow falls into the
-/// gap around the cell.
-void drawFramed(const Drawing& drawing, Platform::NSRect cell, const Frame& frame, std::int64_t gap);
+/// Draws a picture with its border in the middle of a cell, as large as both fit in. The shadow falls into
+/// the gap around the cell.
+void drawFramed(const Drawing& drawing, Platform::NSRect cell, const Border& border, std::int64_t gap);
 
 } // namespace Imaging::Tool
