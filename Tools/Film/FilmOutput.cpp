@@ -1,9 +1,9 @@
 #include "Tools/Film/FilmOutput.h"
 
 #include "Tools/Command/Messages.h"
+#include "Tools/Command/Values.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/FfmpegSink.h"
-#include "Tools/Film/NumberedFramesSink.h"
 #include "Tools/Film/RawSink.h"
 
 #include <algorithm>
@@ -14,9 +14,9 @@
 
 namespace Imaging::Tool {
 
-namespace {
+using Kind = FilmKind;
 
-enum class Kind { MP4, MKV, WebM, GIF, Frames, Raw };
+namespace {
 
 const std::vector<std::pair<std::string, Kind>>& suffixes() {
     static const std::vector<std::pair<std::string, Kind>> all = {
@@ -32,60 +32,29 @@ bool isFolderOfFrames(const std::string& path) {
     return path.ends_with('/') || std::filesystem::is_directory(path, failure);
 }
 
-Kind kindOf(const FilmOutput& output) {
-    if (!output.format.empty()) {
-        return parseWord<Kind>(output.format, "--format", "format",
-                               {{"mp4", Kind::MP4},
-                                {"mkv", Kind::MKV},
-                                {"webm", Kind::WebM},
-                                {"gif", Kind::GIF},
-                                {"frames", Kind::Frames},
-                                {"raw", Kind::Raw}});
-    }
-    if (output.takesStandardOutput())
-        throw UsageError("-o -: only raw frames go to standard output; add --format raw");
-    if (isFolderOfFrames(output.path)) return Kind::Frames;
-    std::string suffix = std::filesystem::path(output.path).extension().string();
-    for (char& c : suffix) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    }
-    for (const auto& [known, kind] : suffixes()) {
-        if (known == suffix) return kind;
-    }
-    throw UsageError("-o " + output.path +
-                     ": the suffix names no kind of film; those that work are .mp4, .mkv, .webm and .gif, a "
-                     "folder with a slash at its end for numbered pictures, or add --format");
+FilmKind parseKind(const std::string& text, const std::string& option) {
+    return parseWord<Kind>(text, option, "format",
+                           {{"mp4", Kind::MP4},
+                            {"mkv", Kind::MKV},
+                            {"webm", Kind::WebM},
+                            {"gif", Kind::GIF},
+                            {"frames", Kind::Frames},
+                            {"raw", Kind::Raw}});
 }
 
 bool isVideo(Kind kind) { return kind == Kind::MP4 || kind == Kind::MKV || kind == Kind::WebM; }
 
-void refuseWhere(bool refused, const std::string& value, const std::string& option, const std::string& why) {
-    if (refused && !value.empty()) throw UsageError(option + ": " + why);
-}
-
-void checkOptions(const FilmOutput& output, Kind kind) {
-    refuseWhere(!isVideo(kind), output.crf, "--crf", "only .mp4, .mkv and .webm films have one");
-    refuseWhere(kind != Kind::MP4 && kind != Kind::MKV, output.preset, "--preset",
-                "only .mp4 and .mkv films have one");
-    refuseWhere(kind != Kind::Frames, output.frameFormat, "--frame-format",
-                "only numbered pictures in a folder have one");
-    refuseWhere(kind != Kind::Frames || output.frameFormat != "jpg", output.quality, "--quality",
-                "only numbered JPEG pictures have one; add --frame-format jpg");
-    if (!output.crf.empty()) parseNumber(output.crf, "--crf", 0, kind == Kind::WebM ? 63 : 51);
-    if (!output.quality.empty()) parseNumber(output.quality, "--quality", 1, 100);
-    if (!output.preset.empty() &&
-        std::find(x264Presets.begin(), x264Presets.end(), output.preset) == x264Presets.end()) {
-        const std::vector<std::string> known(x264Presets.begin(), x264Presets.end());
-        throw UsageError("--preset: there is no preset named '" + output.preset + "'; known are " +
-                         enumeration(known) + suggestion(output.preset, known));
-    }
-}
-
-FrameFileType frameFileType(const FilmOutput& output) {
-    if (output.frameFormat.empty()) return FrameFileType::PNG;
+FrameFileType parseFrameFormat(const std::string& text, const std::string& option) {
     return parseWord<FrameFileType>(
-        output.frameFormat, "--frame-format", "format",
+        text, option, "format",
         {{"png", FrameFileType::PNG}, {"jpg", FrameFileType::JPEG}, {"jpeg", FrameFileType::JPEG}});
+}
+
+std::string parsePreset(const std::string& text, const std::string& option) {
+    if (std::find(x264Presets.begin(), x264Presets.end(), text) != x264Presets.end()) return text;
+    const std::vector<std::string> known(x264Presets.begin(), x264Presets.end());
+    throw UsageError(option + ": there is no preset named '" + text + "'; known are " + enumeration(known) +
+                     suggestion(text, known));
 }
 
 /// Colours are kept for squares of two by two pixels, so there must be nothing but whole ones.
@@ -112,7 +81,43 @@ FilmContainer containerOf(Kind kind) {
 
 } // namespace
 
-OptionTable FilmOutput::options() {
+FilmKind FilmOutput::kind() const {
+    if (format.has_value()) return *format;
+    if (takesStandardOutput())
+        throw UsageError("-o -: only raw frames go to standard output; add --format raw");
+    if (isFolderOfFrames(path)) return Kind::Frames;
+    std::string suffix = std::filesystem::path(path).extension().string();
+    for (char& c : suffix) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    for (const auto& [known, kind] : suffixes()) {
+        if (known == suffix) return kind;
+    }
+    throw UsageError("-o " + path +
+                     ": the suffix names no kind of film; those that work are .mp4, .mkv, .webm and .gif, a "
+                     "folder with a slash at its end for numbered pictures, or add --format");
+}
+
+/// Without a path no kind is known yet, and every option is welcome.
+void FilmOutput::requireKind(std::initializer_list<FilmKind> kinds, const std::string& option,
+                             const std::string& why) const {
+    if (path.empty() || std::find(kinds.begin(), kinds.end(), kind()) != kinds.end()) return;
+    throw UsageError(option + ": " + why);
+}
+
+OptionTable FilmOutput::options() { return joined({whereOptions(), encoderOptions()}); }
+
+OptionTable FilmOutput::whereOptions() {
+    const auto toFrameFormat = [this](const std::string& text, const std::string& option) {
+        requireKind({Kind::Frames}, option, "only numbered pictures in a folder have one");
+        return parseFrameFormat(text, option);
+    };
+    const auto toQuality = [this](const std::string& text, const std::string& option) {
+        const std::string why = "only numbered JPEG pictures have one; add --frame-format jpg";
+        requireKind({Kind::Frames}, option, why);
+        if (frameFormat != FrameFileType::JPEG) throw UsageError(option + ": " + why);
+        return parseNumber(text, option, 1, 100);
+    };
     return {{"-o,--output", "FILM",
              "The film: a .mp4, .mkv, .webm or .gif file, or a\n"
              "FOLDER/ for numbered pictures",
@@ -121,24 +126,36 @@ OptionTable FilmOutput::options() {
              "mp4, mkv, webm, gif, frames or raw (frames as they\n"
              "are, 4 bytes a pixel: blue, green, red and 255),\n"
              "whatever the name says",
-             into(format)},
-            {"--frame-format", "FORMAT", "Of numbered pictures: png or jpg (png)", into(frameFormat)},
-            {"--quality", "N", "Of numbered JPEG pictures, 1 to 100 (90)", into(quality)},
-            {"--crf", "N",
+             into(format, parseKind)},
+            {"--frame-format", "FORMAT", "Of numbered pictures: png or jpg (png)",
+             into(frameFormat, toFrameFormat)},
+            {"--quality", "N", "Of numbered JPEG pictures, 1 to 100 (90)", into(quality, toQuality)}};
+}
+
+OptionTable FilmOutput::encoderOptions() {
+    const auto toCRF = [this](const std::string& text, const std::string& option) {
+        requireKind({Kind::MP4, Kind::MKV, Kind::WebM}, option, "only .mp4, .mkv and .webm films have one");
+        const bool isVP9 = path.empty() || kind() == Kind::WebM;
+        return parseNumber(text, option, 0, isVP9 ? 63 : 51);
+    };
+    const auto toPreset = [this](const std::string& text, const std::string& option) {
+        if (text.empty()) return text;
+        requireKind({Kind::MP4, Kind::MKV}, option, "only .mp4 and .mkv films have one");
+        return parsePreset(text, option);
+    };
+    return {{"--crf", "N",
              "How much the encoder may lose: less is better and\n"
              "larger (20 of 51, .webm: 32 of 63)",
-             into(crf)},
+             into(crf, toCRF)},
             {"--preset", "NAME",
              "How much time the encoder of .mp4 and .mkv takes to\n"
              "make the file small, ultrafast to placebo (veryfast)",
-             into(preset)}};
+             into(preset, toPreset)}};
 }
 
 void FilmOutput::check(PixelSize size) const {
     if (path.empty()) throw UsageError("the output is missing: -o FILM.mp4, or -o FOLDER/ for pictures");
-    const Kind kind = kindOf(*this);
-    checkOptions(*this, kind);
-    frameFileType(*this);
+    const Kind kind = this->kind();
     checkSize(size, kind);
     if (kind == Kind::Frames) {
         if (takesStandardOutput()) throw UsageError("-o -: only raw frames go to standard output");
@@ -151,17 +168,16 @@ void FilmOutput::check(PixelSize size) const {
 }
 
 std::unique_ptr<FilmSink> FilmOutput::open(const FilmFormat& film, std::uint64_t lastFrame) const {
-    const Kind kind = kindOf(*this);
+    const Kind kind = this->kind();
     if (kind == Kind::Raw) return makeRawSink(path, film);
     if (kind == Kind::Frames) {
-        const std::int64_t percent = quality.empty() ? 90 : parseNumber(quality, "--quality", 1, 100);
-        return makeNumberedFramesSink(path, frameFileType(*this), static_cast<double>(percent) / 100, film,
-                                      lastFrame);
+        return makeNumberedFramesSink(path, frameFormat.value_or(FrameFileType::PNG),
+                                      static_cast<double>(quality.value_or(90)) / 100, film, lastFrame);
     }
     EncoderSettings settings;
     settings.container = containerOf(kind);
     settings.preset = preset;
-    if (!crf.empty()) settings.crf = static_cast<int>(parseNumber(crf, "--crf", 0, 63));
+    if (crf.has_value()) settings.crf = static_cast<int>(*crf);
     return makeFfmpegSink(path, settings, film);
 }
 

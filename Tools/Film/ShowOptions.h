@@ -19,9 +19,6 @@ public:
     /// Their table, whose values go into this object.
     OptionTable options();
 
-    /// What was given. Throws a UsageError; reads no files.
-    ShowSettings settings() const;
-
     /// The film of the inputs: pictures and folders of them, which are sorted as people count unless they are
     /// to keep their order, or one show file, whose settings give way to those of the options. Files that are
     /// one of the outputs are left out. "-" stands for a show file on standard input. Pictures are not read,
@@ -32,17 +29,7 @@ private:
     std::vector<ShowEntry> pictures(const std::vector<std::string>& inputs,
                                     const std::vector<std::string>& outputs) const;
 
-    std::string m_size;
-    std::string m_rate;
-    std::string m_hold;
-    std::string m_transition;
-    std::string m_duration;
-    std::string m_easing;
-    std::string m_background;
-    std::string m_fit;
-    std::string m_seed;
-    bool m_loop = false;
-    bool m_as_stored = false;
+    ShowSettings m_given;
     bool m_keep_order = false;
 };
 
