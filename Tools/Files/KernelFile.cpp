@@ -1,3 +1,5 @@
+// Reads a text file of whole numbers line by line into the taps of a kernel.
+
 #include "Tools/Files/KernelFile.h"
 
 #include "Imaging/Kernel.h"
@@ -8,6 +10,7 @@
 #include <charconv>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Imaging::Tool {
@@ -19,7 +22,8 @@ constexpr std::size_t longestSide = 999;
 /// Reads one file and remembers where it is, for its messages.
 class KernelReader {
 public:
-    KernelReader(std::string name, std::string_view text) : m_name(std::move(name)), m_text(text) {}
+    KernelReader(std::string name, std::string option, std::string_view text)
+        : m_name(std::move(name)), m_option(std::move(option)), m_text(text) {}
 
     std::shared_ptr<Imaging::IMGKernel> read() {
         while (!m_text.empty()) readLine();
@@ -33,7 +37,7 @@ private:
     [[noreturn]] void fail(const std::string& what) const {
         const std::string place = m_line > 0 ? "line " + std::to_string(m_line) + ": " : "";
         throw Failure(m_name,
-                      "--kernel: " + place + what +
+                      m_option + ": " + place + what +
                           "; give rows of whole numbers, such as the three lines 0 1 0, 1 4 1 and 0 1 0");
     }
 
@@ -79,6 +83,7 @@ private:
     }
 
     std::string m_name;
+    std::string m_option;
     std::string_view m_text;
     std::vector<std::int32_t> m_taps;
     std::size_t m_line = 0;
@@ -88,10 +93,10 @@ private:
 
 } // namespace
 
-std::shared_ptr<Imaging::IMGKernel> kernelOfFile(const std::string& path) {
+std::shared_ptr<Imaging::IMGKernel> kernelOfFile(const std::string& path, const std::string& option) {
     const Platform::NSData bytes = readInput(path);
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    return KernelReader(shownName(path), text).read();
+    return KernelReader(shownName(path), option, text).read();
 }
 
 } // namespace Imaging::Tool

@@ -21,9 +21,9 @@ struct Operation {
     std::string typeName; ///< what its value is called in the help; empty for an option without value
     std::string help;     ///< in lines of at most 52 characters
 
-    /// Makes a step of the values. Throws a UsageError; reads no files, so that nothing is read before all
-    /// arguments are right (a step may).
-    std::function<Step(const std::string& value, const std::string& modifier)> parse;
+    /// Makes a step of the value and the modifier's, both with the names of their options. Throws a
+    /// UsageError; reads no files, so that nothing is read before all arguments are right (a step may).
+    std::function<Step(const GivenText& value, const GivenText& modifier)> make;
 
     /// An option that follows and says more about it, or empty; its value is empty where it is left out.
     std::string modifier = {};
@@ -31,6 +31,11 @@ struct Operation {
     std::string modifierHelp = {};
 
     bool valueIsFile = false; ///< the value names a file
+
+    /// The step for values as they were given.
+    Step parse(const std::string& value, const std::string& modifierValue) const {
+        return make({.text = value, .option = name}, {.text = modifierValue, .option = modifier});
+    }
 };
 
 /// The table of those that place, cut and scale.

@@ -48,14 +48,14 @@ void requireLayout(FramedNode& picture, const std::string& option,
 const char* const toRGB = "make an RGB picture without alpha of it first, with 'imaging draw IN --background "
                           "white -o OUT.jpg', or do this before what makes transparent corners";
 
-Step color(const std::string& value, const std::string&) {
+Step color(const GivenText& given, const GivenText&) {
     const std::vector<double> factors =
-        parseNumbers(value, "--color", 3, "no red, green and blue factor", "R,G,B such as 1.2,1,0.8");
-    return [factors](FramedNode& picture) {
+        parseNumbers(given.text, given.option, 3, "no red, green and blue factor", "R,G,B such as 1.2,1,0.8");
+    return [factors, option = given.option](FramedNode& picture) {
         const auto factor = [&](std::size_t i) { return static_cast<float>(factors[i]); };
         picture.recompute();
         picture.dropNeedlessAlpha();
-        requireLayout(picture, "--color", {Imaging::IMGBitmapFormatRGB}, toRGB);
+        requireLayout(picture, option, {Imaging::IMGBitmapFormatRGB}, toRGB);
         picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
             return Imaging::IMGColorTransformOp::colorTransformWithSourceImage(node, factor(0), factor(1),
                                                                                factor(2), 1);
@@ -63,14 +63,14 @@ Step color(const std::string& value, const std::string&) {
     };
 }
 
-Step hue(const std::string& value, const std::string&) {
+Step hue(const GivenText& given, const GivenText&) {
     const double degrees =
-        parseNumbers(value, "--hue", 1, "no angle in degrees", "a number such as 30 or -12.5")[0];
+        parseNumbers(given.text, given.option, 1, "no angle in degrees", "a number such as 30 or -12.5")[0];
     // Nodes undo a single turn only.
     const double radians = std::remainder(degrees, 360) * std::numbers::pi / 180;
-    return [radians](FramedNode& picture) {
+    return [radians, option = given.option](FramedNode& picture) {
         picture.recompute();
-        requireLayout(picture, "--hue", {Imaging::IMGBitmapFormatRGB, Imaging::IMGBitmapFormatRGBA},
+        requireLayout(picture, option, {Imaging::IMGBitmapFormatRGB, Imaging::IMGBitmapFormatRGBA},
                       "gray has no hue to turn");
         picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
             return Imaging::IMGHueAdjustOp::hueAdjustWithSourceImage(node, static_cast<float>(radians));
@@ -78,12 +78,12 @@ Step hue(const std::string& value, const std::string&) {
     };
 }
 
-Step blur(const std::string& value, const std::string&) {
+Step blur(const GivenText& given, const GivenText&) {
     constexpr double largest = 200; // the taps of much wider bells are cut down to 0
     const double radius =
-        parseNumbers(value, "--blur", 1, "no radius in pixels", "a number such as 2 or 0.7")[0];
+        parseNumbers(given.text, given.option, 1, "no radius in pixels", "a number such as 2 or 0.7")[0];
     if (radius < 0 || radius > largest) {
-        throw UsageError("--blur: '" + value +
+        throw UsageError(given.option + ": '" + given.text +
                          "' is no radius in pixels; give a number from 0 to 200, such as 2");
     }
     return [radius](FramedNode& picture) {
@@ -104,12 +104,12 @@ Step convolution(const std::function<std::shared_ptr<Imaging::IMGKernel>()>& mak
     };
 }
 
-Step sharpen(const std::string&, const std::string&) {
+Step sharpen(const GivenText&, const GivenText&) {
     return convolution([] { return Imaging::IMGKernel::kernelSharpen(); });
 }
 
-Step kernel(const std::string& path, const std::string&) {
-    return convolution([path] { return kernelOfFile(path); });
+Step kernel(const GivenText& file, const GivenText&) {
+    return convolution([file] { return kernelOfFile(file.text, file.option); });
 }
 
 std::string inWords(PixelSize size, const std::string& between) {
@@ -117,29 +117,30 @@ std::string inWords(PixelSize size, const std::string& between) {
 }
 
 /// The gray of a picture as a mask of the size that another one has.
-std::shared_ptr<IMGImage> loadMask(const std::string& path, const FramedNode& picture) {
-    FramedNode mask(loadNode(path), path);
+std::shared_ptr<IMGImage> loadMask(const GivenText& file, const FramedNode& picture) {
+    FramedNode mask(loadNode(file.text), file.text);
     const PixelSize own = mask.size();
     const PixelSize needed = picture.size();
     if (own.width != needed.width || own.height != needed.height) {
-        throw Failure(shownName(path), "--mask: the mask has " + inWords(own, " x ") +
-                                           " pixels, the picture " + inWords(needed, " x ") +
-                                           " there; they must be equal, so scale one of them first, with "
-                                           "'imaging apply MASK --scale " +
-                                           inWords(needed, "x") + " --fit stretch -o OUT.png'");
+        throw Failure(shownName(file.text),
+                      file.option + ": the mask has " + inWords(own, " x ") + " pixels, the picture " +
+                          inWords(needed, " x ") +
+                          " there; they must be equal, so scale one of them first, with "
+                          "'imaging apply MASK --scale " +
+                          inWords(needed, "x") + " --fit stretch -o OUT.png'");
     }
     mask.recompute();
     return mask.node();
 }
 
-Step mask(const std::string& path, const std::string&) {
-    return [path](FramedNode& picture) {
+Step mask(const GivenText& file, const GivenText&) {
+    return [file](FramedNode& picture) {
         picture.recompute();
-        requireLayout(picture, "--mask",
+        requireLayout(picture, file.option,
                       {Imaging::IMGBitmapFormatGrayscaleAlpha, Imaging::IMGBitmapFormatRGBA},
                       "a mask needs alpha to work on, so put it on a canvas first, with --canvas " +
                           inWords(picture.size(), "x"));
-        const std::shared_ptr<IMGImage> maskNode = loadMask(path, picture);
+        const std::shared_ptr<IMGImage> maskNode = loadMask(file, picture);
         picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
             return std::make_shared<Imaging::IMGMaskOp>(node, maskNode);
         });
@@ -150,39 +151,39 @@ Step mask(const std::string& path, const std::string&) {
 
 const std::vector<Operation>& pixelOperations() {
     static const std::vector<Operation> operations = {
-        {"--color", "R,G,B",
-         "Multiply red, green and blue, of pictures without\n"
-         "transparency",
-         color},
-        {"--hue", "DEGREES",
-         "Turn the colours on the colour wheel, from red by\n"
-         "way of green to blue",
-         hue},
-        {"--blur", "RADIUS",
-         "Blur it by a Gaussian bell of that radius (sigma) in\n"
-         "pixels",
-         blur},
-        {"--sharpen", "", "Raise each pixel against its neighbours", sharpen},
-        {"--kernel",
-         "FILE",
-         "Convolve it with the whole numbers of a text file, a\n"
-         "line for each row, divided by their sum. A single\n"
-         "line works along both axes",
-         kernel,
-         {},
-         {},
-         {},
-         true},
-        {"--mask",
-         "FILE",
-         "Multiply it, which must have alpha, by the gray of a\n"
-         "picture of the same size: white keeps it, black\n"
-         "makes it transparent",
-         mask,
-         {},
-         {},
-         {},
-         true},
+        {.name = "--color",
+         .typeName = "R,G,B",
+         .help = "Multiply red, green and blue, of pictures without\n"
+                 "transparency",
+         .make = color},
+        {.name = "--hue",
+         .typeName = "DEGREES",
+         .help = "Turn the colours on the colour wheel, from red by\n"
+                 "way of green to blue",
+         .make = hue},
+        {.name = "--blur",
+         .typeName = "RADIUS",
+         .help = "Blur it by a Gaussian bell of that radius (sigma) in\n"
+                 "pixels",
+         .make = blur},
+        {.name = "--sharpen",
+         .typeName = "",
+         .help = "Raise each pixel against its neighbours",
+         .make = sharpen},
+        {.name = "--kernel",
+         .typeName = "FILE",
+         .help = "Convolve it with the whole numbers of a text file, a\n"
+                 "line for each row, divided by their sum. A single\n"
+                 "line works along both axes",
+         .make = kernel,
+         .valueIsFile = true},
+        {.name = "--mask",
+         .typeName = "FILE",
+         .help = "Multiply it, which must have alpha, by the gray of a\n"
+                 "picture of the same size: white keeps it, black\n"
+                 "makes it transparent",
+         .make = mask,
+         .valueIsFile = true},
     };
     return operations;
 }
