@@ -1,3 +1,6 @@
+// The operations of a command line: notes them in the order in which they are given, with what modifies them,
+// and makes their steps.
+
 #include "Tools/Pictures/Operations.h"
 
 #include "Tools/Command/Messages.h"

@@ -1,3 +1,5 @@
+// The operations that compute new pixels: a row of the table each, and the step that its value makes.
+
 #include "Imaging/BitmapFormats.h"
 #include "Imaging/ColorOperations.h"
 #include "Imaging/Convolution.h"
@@ -6,6 +8,7 @@
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/KernelFile.h"
+#include "Tools/Pictures/ApartFromAlpha.h"
 #include "Tools/Pictures/Operations.h"
 
 #include <cmath>
@@ -45,8 +48,17 @@ void requireLayout(FramedNode& picture, const std::string& option,
                                                  " there, which cannot be treated; " + advice);
 }
 
-const char* const toRGB = "make an RGB picture without alpha of it first, with 'imaging draw IN --background "
-                          "white -o OUT.jpg', or do this before what makes transparent corners";
+/// Puts a node over plain pixels in colour that changes nothing but colour; alpha, if any, is kept.
+template<class Make>
+void changeColors(FramedNode& picture, const Make& make) {
+    const bool hasAlpha = picture.layout() == Imaging::IMGBitmapFormatRGBA;
+    picture.recolor([&](const std::shared_ptr<IMGImage>& node) -> std::shared_ptr<IMGImage> {
+        return hasAlpha ? apartFromAlpha(node, make) : make(node);
+    });
+}
+
+constexpr std::initializer_list<IMGBitmapFormat> colored = {Imaging::IMGBitmapFormatRGB,
+                                                            Imaging::IMGBitmapFormatRGBA};
 
 Step color(const GivenText& given, const GivenText&) {
     const std::vector<double> factors =
@@ -55,8 +67,9 @@ Step color(const GivenText& given, const GivenText&) {
         const auto factor = [&](std::size_t i) { return static_cast<float>(factors[i]); };
         picture.recompute();
         picture.dropNeedlessAlpha();
-        requireLayout(picture, option, {Imaging::IMGBitmapFormatRGB}, toRGB);
-        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+        requireLayout(picture, option, colored,
+                      "make an RGB picture of it first, with 'imaging draw IN -o OUT.jpg'");
+        changeColors(picture, [&](const std::shared_ptr<IMGImage>& node) {
             return Imaging::IMGColorTransformOp::colorTransformWithSourceImage(node, factor(0), factor(1),
                                                                                factor(2), 1);
         });
@@ -70,9 +83,8 @@ Step hue(const GivenText& given, const GivenText&) {
     const double radians = std::remainder(degrees, 360) * std::numbers::pi / 180;
     return [radians, option = given.option](FramedNode& picture) {
         picture.recompute();
-        requireLayout(picture, option, {Imaging::IMGBitmapFormatRGB, Imaging::IMGBitmapFormatRGBA},
-                      "gray has no hue to turn");
-        picture.recolor([&](const std::shared_ptr<IMGImage>& node) {
+        requireLayout(picture, option, colored, "gray has no hue to turn");
+        changeColors(picture, [&](const std::shared_ptr<IMGImage>& node) {
             return Imaging::IMGHueAdjustOp::hueAdjustWithSourceImage(node, static_cast<float>(radians));
         });
     };
@@ -153,13 +165,13 @@ const std::vector<Operation>& pixelOperations() {
     static const std::vector<Operation> operations = {
         {.name = "--color",
          .typeName = "R,G,B",
-         .help = "Multiply red, green and blue, of pictures without\n"
-                 "transparency",
+         .help = "Multiply red, green and blue; transparency stays as\n"
+                 "it is",
          .make = color},
         {.name = "--hue",
          .typeName = "DEGREES",
          .help = "Turn the colours on the colour wheel, from red by\n"
-                 "way of green to blue",
+                 "way of green to blue; transparency stays as it is",
          .make = hue},
         {.name = "--blur",
          .typeName = "RADIUS",

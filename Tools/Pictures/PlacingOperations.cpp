@@ -1,3 +1,5 @@
+// The operations that place, cut and scale without touching a pixel: a row of the table each, and its step.
+
 #include "Imaging/CropAndScale.h"
 #include "Imaging/TransformOperations.h"
 #include "Imaging/Transpose.h"

@@ -1,3 +1,6 @@
+// Also tests: Tools/Pictures/ApartFromAlpha.cpp
+// Also tests: Tools/Files/KernelFile.cpp
+
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/TestPictures.h"
 
@@ -41,6 +44,35 @@ void expectRefusal(const TemporaryFolder& folder, const Arguments& arguments, co
 
 std::uint8_t multiplied(std::uint8_t sample, double factor) {
     return static_cast<std::uint8_t>(std::clamp(std::trunc(sample * factor), 0.0, 255.0));
+}
+
+/// Random colours under random alpha, a third each transparent, opaque and between.
+Picture randomGlass(int width, int height, unsigned seed) {
+    Picture picture = randomPicture(width, height, seed);
+    const Picture random = randomPicture(width, height, seed + 1000);
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
+        const Pixel& r = random.pixels[i];
+        picture.pixels[i].alpha = r.red < 85 ? std::uint8_t{0} : r.red < 170 ? std::uint8_t{255} : r.green;
+    }
+    return picture;
+}
+
+/// round(sample * alpha / 255)
+std::uint8_t premultiplied(int sample, std::uint8_t alpha) {
+    return static_cast<std::uint8_t>(std::lround(sample * alpha / 255.0));
+}
+
+/// round(sample * 255 / alpha)
+std::uint8_t divided(int sample, std::uint8_t alpha) {
+    return alpha == 0 ? std::uint8_t{0} : static_cast<std::uint8_t>(std::lround(sample * 255.0 / alpha));
+}
+
+/// Compares what a file's pixel is once it is multiplied by its alpha, which is where its precision lies.
+void expectPremultiplied(const Pixel& pixel, int r, int g, int b, std::uint8_t alpha, int tolerance = 1) {
+    EXPECT_EQ(pixel.alpha, alpha);
+    EXPECT_NEAR(premultiplied(pixel.red, pixel.alpha), r, tolerance) << pixel;
+    EXPECT_NEAR(premultiplied(pixel.green, pixel.alpha), g, tolerance) << pixel;
+    EXPECT_NEAR(premultiplied(pixel.blue, pixel.alpha), b, tolerance) << pixel;
 }
 
 /// White in the middle of black, 9 x 9.
@@ -88,13 +120,90 @@ TEST(PixelOperations, WhatComesAfterwardsIsPlacedAsUsual) {
     EXPECT_EQ(result.at(0, 0), (Pixel{200, 0, 0})) << "the upper right corner turned left";
 }
 
-TEST(PixelOperations, ColorRefusesTransparencyAndGrayByTheirNames) {
+TEST(PixelOperations, ColorAndHueRefuseGrayByItsName) {
     const TemporaryFolder folder;
-    const std::string glass = folder.write("glass.png", pngOf(Picture(2, 2, clear), true));
-    expectRefusal(folder, {glass, "--color", "1,1,2"}, glass, {"RGB with alpha", "imaging draw"});
     const std::string gray = folder.write("gray.tif", tiffWithStrip(4, 4, 8, 16));
     expectRefusal(folder, {gray, "--color", "1,1,2"}, gray, {"gray without alpha", "imaging draw"});
     expectRefusal(folder, {gray, "--hue", "30"}, gray, {"gray without alpha", "no hue"});
+}
+
+TEST(PixelOperations, ColorGivesTransparentPixelsTheColourOfOpaqueOnesAndKeepsTheirAlpha) {
+    const TemporaryFolder folder;
+    const Picture picture = randomGlass(37, 23, 502);
+    const std::string in = folder.write("in.png", pngOf(picture, true));
+    const Picture result = applied(folder, {in, "--color", "1.5,0.5,0.9"});
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const Pixel p = picture.at(x, y);
+            const auto colored = [&](std::uint8_t sample, double factor) {
+                return premultiplied(multiplied(divided(premultiplied(sample, p.alpha), p.alpha), factor),
+                                     p.alpha);
+            };
+            expectPremultiplied(result.at(x, y), colored(p.red, 1.5), colored(p.green, 0.5),
+                                colored(p.blue, 0.9), p.alpha);
+        }
+    }
+}
+
+TEST(PixelOperations, ColorsThatStayAsTheyAreLeaveTransparentPixelsToTheBit) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(randomGlass(41, 19, 503), true));
+    const Picture untouched = applied(folder, {in, "--canvas", "41x19"});
+    EXPECT_EQ(applied(folder, {in, "--color", "1,1,1"}).pixels, untouched.pixels);
+}
+
+TEST(PixelOperations, ColorLeavesNoFringesAtTheEdgesOfAPictureThatWasTurned) {
+    const TemporaryFolder folder;
+    const Picture picture(31, 17, Pixel{180, 90, 40});
+    const std::string in = folder.write("in.png", pngOf(picture));
+    const Picture result = applied(folder, {in, "--rotate", "-7.5", "--color", "1.25,0.5,2"});
+    int edges = 0;
+    // What turning rounds is doubled here, then truncated and rounded again: 3 at most. Colours taken for
+    // premultiplied ones, or clamped at 255 as they stand, would be tens away.
+    for (const Pixel& pixel : result.pixels) {
+        expectPremultiplied(pixel, premultiplied(225, pixel.alpha), premultiplied(45, pixel.alpha),
+                            premultiplied(80, pixel.alpha), pixel.alpha, 3);
+        if (pixel.alpha > 0 && pixel.alpha < 255) ++edges;
+    }
+    EXPECT_GT(edges, 40) << "around all four sides";
+}
+
+TEST(PixelOperations, ColorBeforeATurnAndAfterItAreTheSame) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(randomPicture(29, 21, 504)));
+    const Picture before = applied(folder, {in, "--color", "0.5,0.75,1", "--rotate", "20"});
+    const Picture after = applied(folder, {in, "--rotate", "20", "--color", "0.5,0.75,1"});
+    ASSERT_EQ(before.pixels.size(), after.pixels.size());
+    for (std::size_t i = 0; i < before.pixels.size(); ++i) {
+        const Pixel& p = before.pixels[i];
+        EXPECT_EQ(after.pixels[i].alpha, p.alpha);
+        // Each of the two ways rounds or truncates three times.
+        expectPremultiplied(after.pixels[i], premultiplied(p.red, p.alpha), premultiplied(p.green, p.alpha),
+                            premultiplied(p.blue, p.alpha), p.alpha, 3);
+    }
+}
+
+TEST(PixelOperations, HueTurnsTheColoursOfTransparentPixelsAndKeepsTheirAlpha) {
+    const TemporaryFolder folder;
+    Picture picture(256, 1, red);
+    for (int x = 0; x < picture.width; ++x) picture.at(x, 0).alpha = static_cast<std::uint8_t>(x);
+    const std::string in = folder.write("in.png", pngOf(picture, true));
+    const Picture result = applied(folder, {in, "--hue", "120"});
+    for (int x = 0; x < picture.width; ++x)
+        expectPremultiplied(result.at(x, 0), 0, x, 0, static_cast<std::uint8_t>(x), 0);
+}
+
+TEST(PixelOperations, TheGraphShowsWhatIsDoneAboutAlpha) {
+    const TemporaryFolder folder;
+    const std::string in = folder.write("in.png", pngOf(Picture(2, 2, Pixel{9, 8, 7, 6}), true));
+    const Result result = run({"graph", in, "--color", "1,2,0.5"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    const std::size_t upper = result.out.find("AlphaPutBack");
+    const std::size_t middle = result.out.find("IMGColorTransformOp 1,2,0.5");
+    const std::size_t lower = result.out.find("ColorsWithoutAlpha");
+    EXPECT_LT(upper, middle);
+    EXPECT_LT(middle, lower);
+    EXPECT_NE(lower, std::string::npos);
 }
 
 TEST(PixelOperations, HueTurnsByWholeTurnsTooAndKeepsAlpha) {
