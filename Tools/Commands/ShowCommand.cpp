@@ -2,6 +2,7 @@
 
 #include "Tools/Command/Messages.h"
 #include "Tools/Commands/AllCommands.h"
+#include "Tools/Files/Json.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/FilmFrames.h"
 #include "Tools/Film/FilmOutput.h"
@@ -14,11 +15,10 @@
 #include "Tools/Film/ShowOptions.h"
 #include "Tools/Film/ShowPlan.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cmath>
 #include <optional>
 #include <unistd.h>
+#include <utility>
 
 namespace Imaging::Tool {
 
@@ -49,8 +49,6 @@ byte for byte, so that several computers can share the work.)",
   imaging show holidays.json -o holidays.mp4 --dry-run
   imaging show Pictures -o - --format raw | another-program)"};
 
-using Json = nlohmann::ordered_json;
-
 /// Frames of a film, the first one being number 0.
 struct FrameRange {
     std::uint64_t first = 0;
@@ -73,7 +71,7 @@ private:
     void makeAll(const Show& show, const Schedule& schedule, FrameRange range, const PictureCheck& check);
     void makeFilm(const Show& show, const FilmFrames& frames, FrameRange range, FilmPictures& pictures,
                   std::uint64_t lastFrame, FilmSheet* sheet) const;
-    void tell(const Json& line) const;
+    void tell(std::vector<Json::Member> line) const;
 
     ShowOptions m_options;
     FilmOutput m_output;
@@ -136,8 +134,8 @@ FrameRange ShowCommand::checkedRange(const Schedule& schedule) const {
             .count = static_cast<std::uint64_t>(to - from + 1)};
 }
 
-void ShowCommand::tell(const Json& line) const {
-    if (m_json) writeStandardOutput(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+void ShowCommand::tell(std::vector<Json::Member> line) const {
+    if (m_json) writeStandardOutput(Json::object(std::move(line)).text() + "\n");
 }
 
 /// Names all bad pictures. Without --skip-bad, and where no other is left, that is the end.
