@@ -1,3 +1,5 @@
+// Draws a picture with operations put over it, one node after another, into a new picture.
+
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
@@ -65,6 +67,7 @@ ExitStatus ApplyCommand::run() {
     requireDrawable(node, input);
     FramedNode picture(orientedNode(node, m_output.asStored ? Upright::AsStored : Upright::AsDeclared),
                        input);
+    // Most steps only put a node over the picture; pixels are computed when it is drawn below.
     for (const Step& step : steps) step(picture);
     const PixelSize size = picture.size();
     const auto bitmap =

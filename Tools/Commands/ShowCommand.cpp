@@ -152,6 +152,7 @@ void ShowCommand::dropBadPictures(Show& show, const PictureCheck& check) const {
     }
 }
 
+/// The sheet gets each frame while its pictures are at hand, so that none is read twice.
 void ShowCommand::makeFilm(const Show& show, const FilmFrames& frames, FrameRange range,
                            FilmPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
     const auto addToSheet = [&](const FilmFrames::Frame& frame) {
@@ -192,6 +193,7 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
             throw Failure(check.nameOf(failure.subject()), failure.what());
         }
     };
+    // Reads the next picture on a thread of its own while this one draws.
     FilmPictures pictures(frames.pictures(), load);
     const std::uint64_t lastFrame = schedule.frameCount() - 1;
     if (m_sheet.path.empty()) return makeFilm(show, frames, range, pictures, lastFrame, nullptr);
@@ -201,6 +203,8 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
     m_sheet.write(*bitmap);
 }
 
+/// The plan is made twice: before the pictures are looked at, so that a wrong --frames is told at once, and
+/// again without those that are bad, which changes every time after them.
 ExitStatus ShowCommand::run() {
     const std::vector<std::string>& inputs = operands();
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});

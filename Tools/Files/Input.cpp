@@ -1,3 +1,5 @@
+// Reads files, URLs and standard input within the limits on pictures, and makes nodes of what is read.
+
 #include "Tools/Files/Input.h"
 
 #include "Imaging/CachedImage.h"
@@ -21,6 +23,7 @@ using Platform::NSError;
 
 namespace {
 
+/// By the descriptor itself, which may be a pipe of any length: read to its end or the limit.
 NSData readStandardInput() {
     constexpr std::size_t step = 1 << 16;
     const std::uint64_t maximumBytes = Platform::pictureLimits().maximumBytes;
@@ -51,6 +54,7 @@ NSData readURL(const std::string& name) {
     return std::move(*data);
 }
 
+/// A bitmap of its own instead of the picture as the platform reads it, which would keep the encoded bytes.
 std::shared_ptr<IMGImage> decodedNode(const NSData& bytes, const std::string& name) {
     if (Platform::looksLikePropertyList(bytes)) return Platform::unarchiveObjectOfClass<IMGImage>(bytes);
     NSError error;
@@ -65,6 +69,7 @@ std::shared_ptr<IMGImage> decodedNode(const NSData& bytes, const std::string& na
 
 bool isStandardInput(const std::string& name) { return name == "-"; }
 
+/// "C:x" is a file, and so is "a/b://c", since a scheme has no slash in it.
 bool isURL(const std::string& name) {
     const std::size_t colon = name.find(':');
     if (colon == std::string::npos || colon == 0) return false;

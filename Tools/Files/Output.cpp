@@ -81,6 +81,7 @@ OutputFormat formatOfPath(const std::string& path, bool withPages) {
                      enumeration(formatWords(".", withPages)) + ", or add --format");
 }
 
+/// For a drawn bitmap: 8 bits a sample, alpha last.
 bool isOpaque(const NSBitmapImageRep& bitmap) {
     for (std::int64_t y = 0; y < bitmap.pixelsHigh(); ++y) {
         const std::uint8_t* row = bitmap.bitmapData() + static_cast<std::size_t>(y) * bitmap.bytesPerRow();

@@ -1,3 +1,6 @@
+// Also tests: Tools/Pictures/Operations.cpp
+// Also tests: Tools/Pictures/PlacingOperations.cpp
+
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"
 #include "Imaging/CropAndScale.h"

@@ -1,3 +1,5 @@
+// Also tests: Tools/Film/ShowSettings.cpp
+
 #include "Tools/Film/ShowOptions.h"
 
 #include "Tests/Platform/Foundation/TemporaryFolder.h"
