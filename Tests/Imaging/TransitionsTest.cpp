@@ -58,8 +58,8 @@ public:
     std::optional<Thrown> throws;
 
     void drawCubeTransition(const std::shared_ptr<IMGImage>& from, const std::shared_ptr<IMGImage>& to,
-                            NSRect rect, const TransformAndClipList& list, Imaging::IMGTransitionDirection direction,
-                            float weight, float alpha) override {
+                            NSRect rect, const TransformAndClipList& list,
+                            Imaging::IMGTransitionDirection direction, float weight, float alpha) override {
         calls.push_back(
             {from, to, rect, list.size(), list.records().front()->transform(), direction, weight, alpha});
         if (throws.has_value()) throwSomething(*throws);

@@ -39,6 +39,7 @@ const SubcommandText commandText = {
     .details = "",
     .examples = examples};
 
+/// All subcommands exist from the beginning, since the help lists them and their tables refer to them.
 class CommandLine {
 public:
     CommandLine();
@@ -65,6 +66,7 @@ std::string CommandLine::chosenName() const {
     return chosen.has_value() ? m_subcommands[*chosen]->text().name : std::string();
 }
 
+/// Failures that the subcommand has no words of its own for get its name as their subject.
 ExitStatus CommandLine::runChecked(Subcommand& subcommand) {
     const std::string& name = subcommand.text().name;
     try {
@@ -87,7 +89,7 @@ ExitStatus CommandLine::parseAndRun(const std::vector<std::string>& arguments) {
     }
     Subcommand& subcommand = *m_subcommands[result.subcommand.value()];
     subcommand.setOperands(std::move(result.operands));
-    m_parser.fill();
+    m_parser.fill(); // now all arguments are right, and only now something may be read
     return runChecked(subcommand);
 }
 

@@ -1,3 +1,6 @@
+// Writes whole lines to standard error, so that those of several threads and processes do not mix, and finds
+// the known word that is nearest to a mistyped one.
+
 #include "Tools/Command/Messages.h"
 
 #include <algorithm>

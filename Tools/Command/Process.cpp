@@ -1,3 +1,7 @@
+// What is unfinished stands in a fixed table of atomic pointers, since signal handlers may neither lock nor
+// allocate. An interrupt waits for what is being created, undoes the table, and ends the process by the same
+// signal.
+
 #include "Tools/Command/Process.h"
 
 #include "Tools/Command/Messages.h"

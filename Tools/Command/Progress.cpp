@@ -1,3 +1,6 @@
+// A thread shows how far the work has come and sleeps between two lines; the work itself only says where it
+// is.
+
 #include "Tools/Command/Progress.h"
 
 #include "Tools/Command/Messages.h"
@@ -22,6 +25,7 @@ std::size_t terminalColumns() {
     return known ? size.ws_col : 80;
 }
 
+/// UTF-8 marks every byte but the first of a character.
 std::string cutTo(const std::string& text, std::size_t characters) {
     std::size_t seen = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -31,6 +35,7 @@ std::string cutTo(const std::string& text, std::size_t characters) {
     return text;
 }
 
+/// Rounded up as far as minutes, so that the promise is kept; hours are rough in any case.
 std::string timeLeft(double seconds) {
     const auto whole = static_cast<long long>(std::ceil(seconds));
     if (whole < 60) return "about " + std::to_string(whole) + " s left";
@@ -55,6 +60,7 @@ Progress::~Progress() {
 }
 
 void Progress::beginStep(const std::string& name) {
+    // Nothing is shown here: the thread shows what is there when its time comes.
     const std::lock_guard guard(m_lock);
     ++m_begun;
     m_name = escaped(name);
@@ -70,6 +76,7 @@ void Progress::showUntilTheEnd() {
     }
 }
 
+/// The step that is under way has taken an unknown part of its time, so only those before it are counted.
 std::string Progress::line(Clock::time_point now) const {
     std::string text = std::to_string(m_begun) + " of " + std::to_string(m_count);
     if (m_begun > 1) {

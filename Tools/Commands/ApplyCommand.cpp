@@ -1,3 +1,5 @@
+// Draws a picture with operations put over it, one node after another, into a new picture.
+
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"

@@ -1,3 +1,6 @@
+// Puts pictures into one graph and archives it, by their names or with their bytes, and never over one of
+// them.
+
 #include "Imaging/CachedImage.h"
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/KeyedArchiver.h"
@@ -172,6 +175,7 @@ ExitStatus ArchiveCommand::run() {
     }
     const std::shared_ptr<IMGImage> root =
         nodes.size() == 1 ? nodes.front() : std::make_shared<IMGImage>(nodes);
+    // After all of it is read and before anything is written.
     keepPicturesSafe(root);
     writeOutput(encoded(*root), m_output);
     return Done;

@@ -1,3 +1,5 @@
+// Shows the graph that the same operations of `imaging apply` would draw, as a tree or for Graphviz.
+
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
@@ -56,7 +58,7 @@ std::shared_ptr<Imaging::IMGImage> GraphCommand::graph(const std::string& input,
                                                        const std::vector<Step>& steps) const {
     const std::shared_ptr<Imaging::IMGImage> node =
         orientedNode(loadNode(input), m_as_stored ? Upright::AsStored : Upright::AsDeclared);
-    if (steps.empty()) return node;
+    if (steps.empty()) return node; // also where pictures are missing, which the graph then shows
     requireDrawable(node, input);
     return processed(node, input, steps).node();
 }

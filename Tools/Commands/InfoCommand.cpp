@@ -1,3 +1,6 @@
+// Tells the facts about all inputs; one that cannot be read is named and does not keep the others from being
+// listed.
+
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Commands/AllCommands.h"
@@ -41,6 +44,7 @@ OptionTable InfoCommand::options() {
     return {{"--json", "", "Write a JSON array, with the errors in it too", raise(m_json)}};
 }
 
+/// The facts, or why there are none: a file that is gone is one more line of the list.
 PictureFacts factsAbout(const std::string& input) {
     try {
         return factsOf(readInput(input), input);
@@ -55,7 +59,7 @@ PictureFacts factsAbout(const std::string& input) {
 ExitStatus InfoCommand::run() {
     const std::vector<std::string>& inputs = operands();
     std::vector<PictureFacts> all;
-    {
+    { // the line of the progress is gone before the table appears
         Progress progress(inputs.size(), quiet());
         for (const std::string& input : inputs) {
             progress.beginStep(shownName(input));

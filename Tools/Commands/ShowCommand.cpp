@@ -5,6 +5,7 @@
 
 #include "Tools/Command/Messages.h"
 #include "Tools/Commands/AllCommands.h"
+#include "Tools/Files/Json.h"
 #include "Tools/Files/Output.h"
 #include "Tools/Film/FilmOutput.h"
 #include "Tools/Film/FilmProgress.h"
@@ -15,11 +16,10 @@
 #include "Tools/Film/ShowPlan.h"
 #include "Tools/Film/ShowWords.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cmath>
 #include <optional>
 #include <unistd.h>
+#include <utility>
 
 namespace Imaging::Tool {
 
@@ -51,8 +51,6 @@ byte for byte, so that several computers can share the work.)",
   imaging show holidays.json -o holidays.mp4 --dry-run
   imaging show Pictures -o - --format raw | another-program)"};
 
-using Json = nlohmann::ordered_json;
-
 /// Frames of a film, the first one being number 0.
 struct FrameRange {
     std::uint64_t first = 0;
@@ -75,7 +73,7 @@ private:
     void makeAll(const Show& show, const Schedule& schedule, FrameRange range, const PictureCheck& check);
     void makeFilm(const Show& show, const ShowFrames& frames, FrameRange range, ShowPictures& pictures,
                   std::uint64_t lastFrame, FilmSheet* sheet) const;
-    void tell(const Json& line) const;
+    void tell(std::vector<Json::Member> line) const;
 
     ShowOptions m_options;
     FilmOutput m_output;
@@ -139,8 +137,8 @@ FrameRange ShowCommand::checkedRange(const Schedule& schedule) const {
             .count = static_cast<std::uint64_t>(to - from + 1)};
 }
 
-void ShowCommand::tell(const Json& line) const {
-    if (m_json) writeStandardOutput(line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+void ShowCommand::tell(std::vector<Json::Member> line) const {
+    if (m_json) writeStandardOutput(Json::object(std::move(line)).text() + "\n");
 }
 
 /// Names all bad pictures. Without --skip-bad, and where no other is left, that is the end.
@@ -158,6 +156,7 @@ void ShowCommand::dropBadPictures(Show& show, const PictureCheck& check) const {
     }
 }
 
+/// The sheet gets each frame while its pictures are at hand, so that none is read twice.
 void ShowCommand::makeFilm(const Show& show, const ShowFrames& frames, FrameRange range,
                            ShowPictures& pictures, std::uint64_t lastFrame, FilmSheet* sheet) const {
     const auto addToSheet = [&](const ShowFrames::Frame& frame) {
@@ -207,6 +206,8 @@ void ShowCommand::makeAll(const Show& show, const Schedule& schedule, FrameRange
     m_sheet.write(*bitmap);
 }
 
+/// The plan is made twice: before the pictures are looked at, so that a wrong --frames is told at once, and
+/// again without those that are bad, which changes every time after them.
 ExitStatus ShowCommand::run() {
     const std::vector<std::string>& inputs = operands();
     Show show = m_options.show(inputs, {m_output.path, m_sheet.path});

@@ -235,6 +235,7 @@ void drawFrameAt(Platform::NSPoint place, Imaging::IMGImage& node, PixelSize siz
     drawFrame(node, size);
 }
 
+/// A strip for the title above all rows, and one for the weight below each frame.
 std::shared_ptr<Platform::NSBitmapImageRep> TransitionCommand::sheet(const Show& show) const {
     Progress progress(2, quiet());
     std::vector<std::shared_ptr<Imaging::IMGImage>> pictures;

@@ -1,14 +1,16 @@
+// Lists the kinds of transitions from the table that films are made by, for people or as JSON.
+
 #include "Show/TransitionKinds.h"
+
 #include "Tools/Commands/AllCommands.h"
+#include "Tools/Files/Json.h"
 #include "Tools/Files/Output.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace Imaging::Tool {
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -54,22 +56,20 @@ std::string listText() {
 }
 
 Json jsonOf(const TransitionParameter& parameter) {
-    Json json;
-    json["name"] = parameter.name;
-    json["help"] = parameter.help;
-    json["default"] = parameter.byDefault;
+    Json json =
+        Json::object({{"name", parameter.name}, {"help", parameter.help}, {"default", parameter.byDefault}});
     switch (parameter.type) {
     case TransitionParameter::Type::Word:
-        json["type"] = "word";
-        json["words"] = parameter.words;
+        json.add("type", "word");
+        json.add("words", Json::list({parameter.words.begin(), parameter.words.end()}));
         break;
     case TransitionParameter::Type::Color:
-        json["type"] = "color";
+        json.add("type", "color");
         break;
     case TransitionParameter::Type::Number:
-        json["type"] = "number";
-        json["low"] = parameter.low;
-        json["high"] = parameter.high;
+        json.add("type", "number");
+        json.add("low", parameter.low);
+        json.add("high", parameter.high);
         break;
     case TransitionParameter::Type::WholeNumber:
         json["type"] = "whole number";
@@ -81,18 +81,16 @@ Json jsonOf(const TransitionParameter& parameter) {
 }
 
 std::string listJson() {
-    Json list = Json::array();
+    std::vector<Json> list;
     for (const TransitionKind& kind : transitionKinds()) {
-        Json json;
-        json["name"] = kind.name;
-        json["summary"] = kind.summary;
-        json["available"] = whyNotDrawn(kind).empty();
-        json["parameters"] = Json::array();
-        for (const TransitionParameter& parameter : kind.parameters)
-            json["parameters"].push_back(jsonOf(parameter));
-        list.push_back(std::move(json));
+        std::vector<Json> parameters;
+        for (const TransitionParameter& parameter : kind.parameters) parameters.push_back(jsonOf(parameter));
+        list.push_back(Json::object({{"name", kind.name},
+                                     {"summary", kind.summary},
+                                     {"available", whyNotDrawn(kind).empty()},
+                                     {"parameters", Json::list(std::move(parameters))}}));
     }
-    return list.dump(2) + "\n";
+    return Json::list(std::move(list)).indentedText() + "\n";
 }
 
 class TransitionsCommand : public Subcommand {

@@ -1,3 +1,5 @@
+// Reads files, URLs and standard input within the limits on pictures, and makes nodes of what is read.
+
 #include "Tools/Files/Input.h"
 
 #include "Platform/Codecs/Codec.h"
@@ -17,6 +19,7 @@ using Platform::NSError;
 
 namespace {
 
+/// By the descriptor itself, which may be a pipe of any length: read to its end or the limit.
 NSData readStandardInput() {
     constexpr std::size_t step = 1 << 16;
     const std::uint64_t maximumBytes = Platform::pictureLimits().maximumBytes;

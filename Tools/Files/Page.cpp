@@ -1,3 +1,5 @@
+// Makes a page in memory on one of Cairo's surfaces for vectors and gives its bytes.
+
 #include "Tools/Files/Page.h"
 
 #include "Platform/Graphics/GraphicsContext.h"

@@ -1,3 +1,6 @@
+// Finds out what a file is by its header alone, or of a graph by all of it, and lays that out as a table or
+// JSON.
+
 #include "Tools/Files/PictureFacts.h"
 
 #include "Platform/Codecs/CodecRegistry.h"
@@ -6,14 +9,14 @@
 #include "Show/NodeGraph.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Files/Input.h"
-
-#include <nlohmann/json.hpp>
+#include "Tools/Files/Json.h"
 
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <new>
+#include <utility>
 
 namespace Imaging::Tool {
 
@@ -120,39 +123,35 @@ std::size_t shownWidth(const std::string& text) {
         text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
-nlohmann::ordered_json jsonOf(const PictureHeader& header) {
-    nlohmann::ordered_json json;
-    json["format"] = header.formatName;
-    json["width"] = header.width;
-    json["height"] = header.height;
-    json["color"] = header.color == SampleColor::RGB ? "RGB" : "gray";
-    json["samplesPerPixel"] = header.samplesPerPixel();
-    json["bitsPerSample"] = header.bitsPerSample;
-    json["alpha"] = header.hasAlpha;
-    json["orientation"] = header.orientation;
-    json["orientationInWords"] = orientationInWords(header.orientation);
-    json["resolution"] = nullptr;
-    if (header.resolutionX > 0 && header.resolutionY > 0) {
-        json["resolution"] = {{"x", header.resolutionX}, {"y", header.resolutionY}};
-    }
-    json["profile"] = nullptr;
-    if (!header.colorProfile.empty()) json["profile"] = Platform::colorProfileName(header.colorProfile);
-    return json;
+void addHeader(const PictureHeader& header, Json& json) {
+    json.add("format", header.formatName);
+    json.add("width", header.width);
+    json.add("height", header.height);
+    json.add("color", header.color == SampleColor::RGB ? "RGB" : "gray");
+    json.add("samplesPerPixel", header.samplesPerPixel());
+    json.add("bitsPerSample", header.bitsPerSample);
+    json.add("alpha", header.hasAlpha);
+    json.add("orientation", header.orientation);
+    json.add("orientationInWords", std::string(orientationInWords(header.orientation)));
+    const bool hasResolution = header.resolutionX > 0 && header.resolutionY > 0;
+    json.add("resolution",
+             hasResolution ? Json::object({{"x", header.resolutionX}, {"y", header.resolutionY}}) : Json());
+    const bool hasProfile = !header.colorProfile.empty();
+    json.add("profile", hasProfile ? Json(Platform::colorProfileName(header.colorProfile)) : Json());
 }
 
-nlohmann::ordered_json jsonOf(const PictureFacts& facts) {
-    nlohmann::ordered_json json;
-    json["file"] = nullptr;
-    if (!facts.name.empty()) json["file"] = facts.name;
-    if (facts.header.has_value()) json.update(jsonOf(*facts.header));
+Json jsonFor(const PictureFacts& facts) {
+    Json json = Json::object({{"file", facts.name.empty() ? Json() : Json(facts.name)}});
+    if (facts.header.has_value()) addHeader(*facts.header, json);
     if (facts.isGraph) {
-        json["format"] = "graph";
-        json["class"] = facts.rootClass;
-        json["nodes"] = facts.nodes;
-        json["pictures"] = nlohmann::ordered_json::array();
-        for (const PictureFacts& picture : facts.pictures) json["pictures"].push_back(jsonOf(picture));
+        std::vector<Json> pictures;
+        for (const PictureFacts& picture : facts.pictures) pictures.push_back(jsonFor(picture));
+        json.add("format", "graph");
+        json.add("class", facts.rootClass);
+        json.add("nodes", facts.nodes);
+        json.add("pictures", Json::list(std::move(pictures)));
     }
-    if (!facts.error.empty()) json["error"] = facts.error;
+    if (!facts.error.empty()) json.add("error", facts.error);
     return json;
 }
 
@@ -198,9 +197,9 @@ std::string tableOf(const std::vector<PictureFacts>& all) {
 }
 
 std::string jsonOf(const std::vector<PictureFacts>& all) {
-    nlohmann::ordered_json array = nlohmann::ordered_json::array();
-    for (const PictureFacts& facts : all) array.push_back(jsonOf(facts));
-    return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    std::vector<Json> list;
+    for (const PictureFacts& facts : all) list.push_back(jsonFor(facts));
+    return Json::list(std::move(list)).indentedText() + "\n";
 }
 
 std::string_view orientationInWords(int orientation) {

@@ -1,3 +1,5 @@
+// Lists the pictures in a folder, told by their first bytes, and compares names as people count.
+
 #include "Tools/Files/PictureFiles.h"
 
 #include "Platform/Codecs/Codec.h"

@@ -5,9 +5,8 @@
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
 #include "Tools/Command/Threads.h"
+#include "Tools/Files/Json.h"
 #include "Tools/Files/Output.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -95,13 +94,12 @@ std::string FilmProgress::barLine(std::uint64_t done) const {
 }
 
 std::string FilmProgress::jsonLine(std::uint64_t done) const {
-    nlohmann::ordered_json line;
-    line["event"] = "progress";
-    line["done"] = done;
-    line["frames"] = m_frames;
-    line["framesPerSecond"] = std::round(rate(done) * 10) / 10;
-    if (done > 0) line["secondsLeft"] = std::round(secondsLeft(done) * 10) / 10;
-    return line.dump() + "\n";
+    Json line = Json::object({{"event", "progress"},
+                              {"done", done},
+                              {"frames", m_frames},
+                              {"framesPerSecond", std::round(rate(done) * 10) / 10}});
+    if (done > 0) line.add("secondsLeft", std::round(secondsLeft(done) * 10) / 10);
+    return line.text() + "\n";
 }
 
 } // namespace Imaging::Tool

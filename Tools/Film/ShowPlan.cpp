@@ -3,17 +3,14 @@
 #include "Tools/Film/ShowPlan.h"
 
 #include "Tools/Command/Messages.h"
+#include "Tools/Files/Json.h"
 #include "Tools/Film/ShowSettings.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
 namespace Imaging::Tool {
-
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -77,20 +74,19 @@ std::string tableText(const std::vector<Row>& rows) {
 
 Json objectFor(const Show& show, const Schedule::Part& part) {
     const ShowPicture& picture = show.pictures[part.picture];
-    Json object;
-    object["shows"] = part.moves ? "transition" : "picture";
-    object["time"] = secondsOf(show, part.first);
-    object["seconds"] = secondsOf(show, part.count);
-    object["firstFrame"] = part.first + 1; // as --frames counts
-    object["frames"] = part.count;
+    Json object = Json::object({{"shows", part.moves ? "transition" : "picture"},
+                                {"time", secondsOf(show, part.first)},
+                                {"seconds", secondsOf(show, part.count)},
+                                {"firstFrame", part.first + 1}, // as --frames counts
+                                {"frames", part.count}});
     if (!part.moves) {
-        object["file"] = picture.name;
+        object.add("file", picture.name);
         return object;
     }
-    object["transition"] = picture.next.transition.text();
-    object["ease"] = textOf(picture.next.easing);
-    object["from"] = picture.name;
-    object["to"] = show.pictures[following(show, part)].name;
+    object.add("transition", picture.next.transition.text());
+    object.add("ease", textOf(picture.next.easing));
+    object.add("from", picture.name);
+    object.add("to", show.pictures[following(show, part)].name);
     return object;
 }
 
@@ -111,20 +107,15 @@ std::string dryRunText(const Show& show, const Schedule& schedule) {
 }
 
 std::string dryRunJson(const Show& show, const Schedule& schedule) {
-    // Names that are not UTF-8 are shown as well as they can be.
-    const auto line = [](const Json& object) {
-        return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-    };
-    Json film;
-    film["shows"] = "film";
-    film["pictures"] = show.pictures.size();
-    film["frames"] = schedule.frameCount();
-    film["seconds"] = secondsOf(show, schedule.frameCount());
-    film["size"] = sizeText(show.size);
-    film["fps"] = textOf(FrameRate{show.rateNumerator, show.rateDenominator});
-    film["loop"] = show.loop;
-    std::string text = line(film);
-    for (const Schedule::Part& part : schedule.parts()) text += line(objectFor(show, part));
+    const Json film = Json::object({{"shows", "film"},
+                                    {"pictures", show.pictures.size()},
+                                    {"frames", schedule.frameCount()},
+                                    {"seconds", secondsOf(show, schedule.frameCount())},
+                                    {"size", sizeText(show.size)},
+                                    {"fps", textOf(FrameRate{show.rateNumerator, show.rateDenominator})},
+                                    {"loop", show.loop}});
+    std::string text = film.text() + "\n";
+    for (const Schedule::Part& part : schedule.parts()) text += objectFor(show, part).text() + "\n";
     return text;
 }
 

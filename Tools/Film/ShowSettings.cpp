@@ -1,3 +1,5 @@
+// Reads the values that a film is described by, and makes a film of them with defaults for what nobody said.
+
 #include "Tools/Film/ShowSettings.h"
 
 #include "Tools/Command/Messages.h"
@@ -38,7 +40,7 @@ std::optional<std::int64_t> termIn(std::string_view text) {
     return isWhole && term >= 1 && term <= maximumTerm ? std::optional(term) : std::nullopt;
 }
 
-/// "12.5" as 125/10.
+/// "12.5" as 125/10, so that no rate is ever rounded to a binary fraction.
 std::optional<FrameRate> decimalIn(std::string_view text) {
     const std::size_t point = text.find('.');
     std::string digits(text.substr(0, point));

@@ -1,3 +1,6 @@
+// Also tests: Tools/Command/Process.cpp
+// Also tests: Tools/Command/Progress.cpp
+
 #include "Tests/Support/LoopbackServer.h"
 #include "Tests/Tools/Command/Terminal.h"
 #include "Tests/Tools/Support/Command.h"

@@ -1,3 +1,7 @@
+// Also tests: Tools/main.cpp
+// Also tests: Tools/Command/CommandLine.cpp
+// Also tests: Tools/Command/Subcommand.cpp
+
 #include "Tests/Tools/Support/Command.h"
 
 #include <gmock/gmock.h>

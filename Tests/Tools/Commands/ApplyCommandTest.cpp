@@ -1,4 +1,6 @@
 // Also tests: Tools/Pictures/FramedNode.cpp
+// Also tests: Tools/Pictures/Operations.cpp
+// Also tests: Tools/Pictures/PlacingOperations.cpp
 
 #include "Imaging/CachedImage.h"
 #include "Imaging/Canvas.h"

@@ -1,4 +1,5 @@
 // Also tests: Tools/Pictures/SheetLayout.cpp
+// Also tests: Tools/Files/PictureFiles.cpp
 
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/TestPictures.h"

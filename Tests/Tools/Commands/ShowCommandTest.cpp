@@ -253,6 +253,14 @@ TEST(ShowCommand, TellsItsProgressInLinesOfJson) {
     EXPECT_EQ(lines.back()["frames"], 175);
 }
 
+TEST(ShowCommand, RefusesAContactSheetOnStandardOutputByItsOwnName) {
+    const Result result = run({"show", "/nowhere/a.png", "--contact-sheet", "-"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err,
+              "imaging: show: --contact-sheet: the sheet needs a file, not '-' (see 'imaging show "
+              "--help')\n");
+}
+
 TEST(ShowCommand, DrawsAContactSheetOfTheFilm) {
     const TemporaryFolder folder;
     const std::string in = redAndBlue(folder, 16, 9);

@@ -1,3 +1,5 @@
+// Also tests: Tools/Files/Input.cpp
+
 #include "Imaging/CachedImage.h"
 #include "Platform/Foundation/KeyedArchiver.h"
 #include "Tests/Tools/Support/Command.h"

@@ -1,3 +1,5 @@
+// Also tests: Tools/Files/Page.cpp
+
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/Rasterized.h"
 #include "Tests/Tools/Support/TestPictures.h"
