@@ -121,7 +121,7 @@ def untold_sources(sources):
 def untested_sources(sources, root):
     names, told = set(), set()
     for test in root.glob("Tests/**/*.cpp"):
-        names.add(re.sub(r"(Thread)?Test$", "", test.stem) if test.stem.endswith("Test") else "")
+        names.update(re.sub(f"{ending}$", "", test.stem) for ending in ("Test", "ThreadTest"))
         told.update(re.findall(r"^// Also tests: (\S+)", test.read_text(errors="replace"), re.M))
     for path in sources:
         if path.endswith(".cpp") and path != "Tools/main.cpp":

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The project's lint, the same at the desk and in continuous integration: formatting, file sizes, and what
-# clang-tidy finds. Usage: cmake/lint.sh [BUILD-FOLDER-WITH-COMPILE-COMMANDS] [--fix]
+# The project's lint, the same at the desk and in continuous integration: rooms, formatting, file sizes,
+# and what clang-tidy finds. Usage: cmake/lint.sh [BUILD-FOLDER-WITH-COMPILE-COMMANDS] [--fix]
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
 
@@ -11,6 +11,8 @@ if [[ "${2:-}" == --fix ]]; then
     clang-format -i "${files[@]}"
     exit 0
 fi
+
+cmake/check-rooms.py
 
 clang-format --dry-run -Werror "${files[@]}"
 

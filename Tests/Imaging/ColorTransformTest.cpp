@@ -1,6 +1,8 @@
+// Also tests: Imaging/Pixels/ColorTransformPlain.cpp
+// Also tests: Imaging/Pixels/ColorTransformVectors.cpp
+
 // The colour transform against its arithmetic written out plainly, one pixel after another, on every kind of
-// vector code; and what the node keeps, tells and archives. Also tests:
-// Imaging/Pixels/ColorTransformPlain.cpp Also tests: Imaging/Pixels/ColorTransformVectors.cpp
+// vector code; and what the node keeps, tells and archives.
 
 #include "Imaging/ColorTransform.h"
 #include "Imaging/Pixels/ColorTransformVectors.h"

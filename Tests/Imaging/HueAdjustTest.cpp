@@ -1,6 +1,8 @@
-// The hue adjustment against its arithmetic written out plainly, one pixel after another, on every kind of
-// vector code; and what the node keeps, tells and archives. Also tests: Imaging/Pixels/HueAdjustPlain.cpp
+// Also tests: Imaging/Pixels/HueAdjustPlain.cpp
 // Also tests: Imaging/Pixels/HueAdjustVectors.cpp
+
+// The hue adjustment against its arithmetic written out plainly, one pixel after another, on every kind of
+// vector code; and what the node keeps, tells and archives.
 
 #include "Imaging/HueAdjust.h"
 #include "Imaging/Pixels/HueAdjustVectors.h"

@@ -6,9 +6,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Parser.h"
-#include "Tools/Command/Subcommand.h"
-#include "Tools/Commands/AllCommands.h"
-#include "Tools/Files/Output.h"
+#include "Tools/Command/StandardOutput.h"
 
 #include <new>
 #include <utility>
@@ -42,7 +40,7 @@ const SubcommandText commandText = {
 /// All subcommands exist from the beginning, since the help lists them and their tables refer to them.
 class CommandLine {
 public:
-    CommandLine();
+    explicit CommandLine(std::span<MakeSubcommand* const> subcommands);
     int run(const std::vector<std::string>& arguments);
 
 private:
@@ -54,8 +52,8 @@ private:
     Parser m_parser{commandText, "imaging " IMAGING_VERSION, exitStatusHelp};
 };
 
-CommandLine::CommandLine() {
-    for (MakeSubcommand* make : allSubcommands) {
+CommandLine::CommandLine(std::span<MakeSubcommand* const> subcommands) {
+    for (MakeSubcommand* make : subcommands) {
         m_subcommands.push_back(make());
         m_parser.add(m_subcommands.back()->text(), m_subcommands.back()->allOptions());
     }
@@ -110,6 +108,8 @@ int CommandLine::run(const std::vector<std::string>& arguments) {
 
 } // namespace
 
-int runCommandLine(const std::vector<std::string>& arguments) { return CommandLine().run(arguments); }
+int runCommandLine(const std::vector<std::string>& arguments, std::span<MakeSubcommand* const> subcommands) {
+    return CommandLine(subcommands).run(arguments);
+}
 
 } // namespace Imaging::Tool

@@ -62,4 +62,7 @@ private:
     std::optional<std::int64_t> m_max_download; ///< in MiB
 };
 
+/// What makes a subcommand.
+using MakeSubcommand = std::unique_ptr<Subcommand>();
+
 } // namespace Imaging::Tool

@@ -8,8 +8,6 @@
 /// All subcommands. A new one is a source in this folder and its two places here.
 namespace Imaging::Tool {
 
-using MakeSubcommand = std::unique_ptr<Subcommand>();
-
 /// Each is defined in the source that it is named after.
 MakeSubcommand makeInfoCommand, makeDrawCommand, makeApplyCommand, makeGraphCommand, makeArchiveCommand,
     makeSheetCommand, makeShowCommand, makeTransitionCommand, makeTransitionsCommand;

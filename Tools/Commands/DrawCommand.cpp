@@ -8,8 +8,8 @@
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"
-#include "Tools/Files/Page.h"
 #include "Tools/Pictures/Canvas.h"
+#include "Tools/Pictures/Page.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,5 +1,6 @@
 // Shows the graph that the same operations of `imaging apply` would draw, as a tree or for Graphviz.
 
+#include "Tools/Command/StandardOutput.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"

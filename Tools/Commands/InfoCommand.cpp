@@ -3,6 +3,7 @@
 
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"
+#include "Tools/Command/StandardOutput.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Input.h"
 #include "Tools/Files/Output.h"

@@ -4,6 +4,7 @@
 #include "Show/ShowPictures.h"
 
 #include "Tools/Command/Messages.h"
+#include "Tools/Command/StandardOutput.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Json.h"
 #include "Tools/Files/Output.h"

@@ -2,6 +2,7 @@
 
 #include "Show/TransitionKinds.h"
 
+#include "Tools/Command/StandardOutput.h"
 #include "Tools/Commands/AllCommands.h"
 #include "Tools/Files/Json.h"
 #include "Tools/Files/Output.h"

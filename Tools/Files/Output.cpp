@@ -6,6 +6,7 @@
 #include "Show/OpaqueBitmap.h"
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Process.h"
+#include "Tools/Command/StandardOutput.h"
 #include "Tools/Command/Values.h"
 
 #include <algorithm>
@@ -166,23 +167,16 @@ void checkOutputPath(const std::string& path) {
 }
 
 void writeOutput(ByteView data, const std::string& path) {
+    if (path == "-") return writeStandardOutput(data);
     NSError error;
     bool written = false;
-    if (path == "-") {
-        // The descriptor itself, whatever it is: a file is continued where the shell left it.
-        written = Platform::writeToFileAtomically(data, "/dev/fd/1", &error);
-    } else if (isFileOrNothing(path)) {
+    if (isFileOrNothing(path)) {
         const UninterruptedScope scope;
         written = Platform::writeToFileAtomically(data, path, &error);
     } else {
         written = Platform::writeToFileAtomically(data, path, &error);
     }
     if (!written) throw Failure(shownPath(path), error.message);
-}
-
-void writeStandardOutput(std::string_view text) {
-    const auto* bytes = static_cast<const std::uint8_t*>(static_cast<const void*>(text.data()));
-    writeOutput({bytes, text.size()}, "-");
 }
 
 bool isSameFile(const std::string& a, const std::string& b) {

@@ -67,9 +67,6 @@ std::string shownPath(const std::string& path);
 /// Writes a file so that nobody ever sees half of it, also when the command is interrupted. Throws a Failure.
 void writeOutput(Platform::ByteView data, const std::string& path);
 
-/// Throws a Failure when not everything could be written.
-void writeStandardOutput(std::string_view text);
-
 /// True when both names lead to the same file.
 bool isSameFile(const std::string& a, const std::string& b);
 

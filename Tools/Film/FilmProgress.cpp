@@ -1,6 +1,7 @@
 // A thread looks at how many frames are written from time to time, and tells it as a bar or as lines of JSON.
 
 #include "Tools/Film/FilmProgress.h"
+#include "Tools/Command/StandardOutput.h"
 
 #include "Tools/Command/Messages.h"
 #include "Tools/Command/Progress.h"

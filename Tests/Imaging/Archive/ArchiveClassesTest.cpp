@@ -1,5 +1,5 @@
 // Every class that the library registers, whichever it is: what holds for all of them is asked of each, so
-// that a new class cannot be forgotten. Also tests: Imaging/Archive/ArchiveClasses.cpp
+// that a new class cannot be forgotten.
 
 #include "Imaging/TransformOperations.h"
 #include "Platform/Foundation/KeyedArchiver.h"

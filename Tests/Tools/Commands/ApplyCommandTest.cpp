@@ -1,4 +1,3 @@
-// Also tests: Tools/Pictures/FramedNode.cpp
 // Also tests: Tools/Pictures/Operations.cpp
 // Also tests: Tools/Pictures/PlacingOperations.cpp
 

@@ -1,4 +1,3 @@
-// Also tests: Tools/Pictures/Graph.cpp
 // Also tests: Tools/Pictures/GraphText.cpp
 // Also tests: Tools/Pictures/NodeText.cpp
 

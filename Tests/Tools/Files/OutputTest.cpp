@@ -1,3 +1,5 @@
+// Also tests: Tools/Command/StandardOutput.cpp
+
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/TestPictures.h"
 

@@ -1,4 +1,4 @@
-// Also tests: Tools/Files/Page.cpp
+// Also tests: Tools/Pictures/Page.cpp
 
 #include "Tests/Tools/Support/Command.h"
 #include "Tests/Tools/Support/Rasterized.h"

@@ -1,6 +1,6 @@
 // Makes a page in memory on one of Cairo's surfaces for vectors and gives its bytes.
 
-#include "Tools/Files/Page.h"
+#include "Tools/Pictures/Page.h"
 
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Tools/Command/Messages.h"
