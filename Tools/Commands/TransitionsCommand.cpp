@@ -73,9 +73,9 @@ Json jsonOf(const TransitionParameter& parameter) {
         json.add("high", parameter.high);
         break;
     case TransitionParameter::Type::WholeNumber:
-        json["type"] = "whole number";
-        json["low"] = static_cast<int>(parameter.low);
-        json["high"] = static_cast<int>(parameter.high);
+        json.add("type", "whole number");
+        json.add("low", static_cast<int>(parameter.low));
+        json.add("high", static_cast<int>(parameter.high));
         break;
     }
     return json;
