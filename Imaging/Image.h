@@ -193,9 +193,9 @@ public:
     /// without sources draws nothing. What has to ask its source for something first overrides it.
     virtual bool needsSource() const;
 
-    /// Whether `untransformedImage` is all that the node draws, with nothing moved, cut or added: pixels of
-    /// its own from (0, 0), one point each, which operations on pixels may take as they are. False here,
-    /// since what lies below a node may be placed anyhow. Pictures and pixel operations override it.
+    /// Whether the node's result is pixels of its own, read or computed, one point each from (0, 0), which
+    /// pixel operations may take as they are: this node places, cuts and layers nothing, though one below
+    /// a pixel operation may. Pictures and pixel operations say so; false here.
     virtual bool hasOwnPixels() const;
 
     /// What tells this node from others of its class, in words for people and in one line

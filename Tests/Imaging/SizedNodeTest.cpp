@@ -41,7 +41,7 @@ TEST(SizedNode, LiesAtTheOriginWithItsSizeWhateverItsSourcesCover) {
 
 TEST(SizedNode, HasTheZeroSizeUntilItIsGivenOne) {
     Page page(leaf(NSMakeRect(1, 2, 3, 4)));
-    EXPECT_TRUE(isRect(page.imageBoundsRect(), 0, 0, 0, 0));
+    EXPECT_TRUE(isRect(page.imageBounds().rectangle(), 0, 0, 0, 0));
     Counter counter;
     page.addImageDidChangeObserver(&counter, &Counter::told);
     page.setSize(NSMakeSize(7, 5));
