@@ -10,9 +10,9 @@
 ///
 /// Example:
 /// @code
-/// const NSColor sea = colorNamed("navy");
-/// const NSColor veil = colorNamed("#ffffff80");
-/// const NSColor wall = opaqueColorNamed("#363636");
+/// [[maybe_unused]] const NSColor sea = colorNamed("navy");
+/// [[maybe_unused]] const NSColor veil = colorNamed("#ffffff80");
+/// [[maybe_unused]] const NSColor wall = opaqueColorNamed("#363636");
 /// @endcode
 namespace Imaging {
 

@@ -17,8 +17,8 @@ enum class Upright { AsDeclared, AsStored };
 ///
 /// Example:
 /// @code
-/// const auto picture = imagingImage(std::make_shared<NSImage>(NSMakeSize(4, 3)));
-/// const auto upright = orientedNode(picture, Upright::AsDeclared); // the same: it declares nothing
+/// const auto shown = [](auto picture) { return orientedNode(picture, Upright::AsDeclared); };
+/// static_cast<void>(shown);
 /// @endcode
 IMAGING_EXPORT std::shared_ptr<IMGImage> orientedNode(std::shared_ptr<IMGImage> node, Upright upright);
 

@@ -30,8 +30,8 @@ struct FrameContent {
 /// Show show;
 /// show.pictures.resize(2);
 /// const Schedule schedule(show);
-/// const FrameContent content = schedule.at(80); // 3 seconds are 75 frames: it moves on to the second
-/// picture
+/// const FrameContent content = schedule.at(80); // in the transition, which begins after 75 frames
+/// static_cast<void>(content);
 /// @endcode
 class IMAGING_EXPORT Schedule {
 public:

@@ -20,8 +20,8 @@ namespace Imaging {
 ///
 /// Example:
 /// @code
-/// const auto still = imagingImage(std::make_shared<NSImage>(NSMakeSize(8, 6)));
-/// ShowPictures pictures({0, 1, 0}, [&](std::size_t) { return still; });
+/// // Most often framed pictures; these show nothing.
+/// ShowPictures pictures({0, 1, 0}, [](std::size_t) { return std::make_shared<IMGImage>(); });
 /// const ShowPictures::Node first = pictures.at(0, 0);
 /// @endcode
 class IMAGING_EXPORT ShowPictures {
