@@ -81,9 +81,8 @@ FrameRate parseFrameRate(std::string_view text, const std::string& option) {
         return {rate->numerator / common, rate->denominator / common};
     }
     throw UsageError(option + ": '" + std::string(text) +
-                     "' is no number of frames per second above 0 and "
-                     "up to " +
-                     std::to_string(maximumRate) + "; give one such as 25, 23.976 or 30000/1001");
+                     "' is no number of frames per second above 0 and up to " + std::to_string(maximumRate) +
+                     "; give one such as 25, 23.976 or 30000/1001");
 }
 
 std::string textOf(FrameRate rate) {
@@ -103,8 +102,7 @@ PixelSize parseFrameSize(std::string_view text, const std::string& option) {
     const PixelSize size = parseWholeSize(text, option);
     if (std::max(size.width, size.height) <= maximumFrameSide) return size;
     throw UsageError(option + ": '" + std::string(text) +
-                     "' is too large for a frame; each side takes at "
-                     "most " +
+                     "' is too large for a frame; each side takes at most " +
                      std::to_string(maximumFrameSide) + " pixels");
 }
 
@@ -112,8 +110,7 @@ Platform::NSColor parseOpaqueColor(const std::string& text, const std::string& o
     const Platform::NSColor color = parseColor(text, option);
     if (color.alphaComponent() >= 1) return color;
     throw UsageError(option + ": '" + text +
-                     "' lets something through, which a film cannot; give an opaque "
-                     "colour");
+                     "' lets something through, which a film cannot; give an opaque colour");
 }
 
 std::uint64_t parseSeed(std::string_view text, const std::string& option) {
