@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Imaging/OpenGLUtilities.h"
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 
