@@ -4,6 +4,7 @@
 
 #include "Imaging/TransformOperations.h"
 #include "Imaging/Transpose.h"
+#include "Platform/Codecs/CodecRegistry.h"
 #include "Show/Orientation.h"
 #include "Show/PictureLoading.h"
 #include "Tests/Tools/Support/TestPictures.h"

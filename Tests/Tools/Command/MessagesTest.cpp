@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+using namespace Imaging;
 using namespace Imaging::Tool;
 
 TEST(Messages, ControlCharactersAreShownAsEscapes) {

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 using namespace TestSupport;
+using namespace Imaging;
 using namespace Imaging::Tool;
 using testing::ElementsAre;
 

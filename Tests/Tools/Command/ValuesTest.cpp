@@ -4,6 +4,7 @@
 
 #include <limits>
 
+using namespace Imaging;
 using namespace Imaging::Tool;
 using Imaging::Platform::NSColor;
 
