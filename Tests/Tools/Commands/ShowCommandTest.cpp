@@ -188,8 +188,9 @@ TEST(ShowCommand, TellsOperationsThatCannotBeCarriedOutBeforeAnythingIsDrawn) {
              {R"({"crop": [9, 0, 2, 2]})",
               ": --crop: the 2 x 2 pixels at 9,0 lie outside the picture, which is "
               "4 x 2 pixels there; choose a place inside\n"},
-             {R"({"color": "1,1,0.5"})",
-              ": --color: the picture is RGB with alpha there, which cannot be treated"},
+             {R"({"rotate": 30}, {"crop": [90, 0, 2, 2]})", // 4 cos 30 + 2 sin 30 = 4.5, 4 sin 30 + 2 cos 30
+                                                            // = 3.7
+              ": --crop: the 2 x 2 pixels at 90,0 lie outside the picture, which is 5 x 4 pixels there"},
              {R"({"flip": "vertical"}, {"scale": "400000"})", ": the result would be "}}) {
         SCOPED_TRACE(operation);
         const TemporaryFolder folder;
