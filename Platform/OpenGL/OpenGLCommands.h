@@ -94,7 +94,8 @@ public:
     virtual void pushMatrix() = 0;
     virtual void popMatrix() = 0;
 
-    // The attribute stack. Parameters of texture objects are not kept; they stay as they were set.
+    // The attribute stack. Whether it brings back the parameters of texture objects is open: set those
+    // outside.
     virtual void pushAttrib(OpenGL::AttribBits bits) = 0;
     virtual void popAttrib() = 0;
 
