@@ -1,0 +1,81 @@
+// Contexts for views of EGL: the first API that the machine has.
+
+#include "Platform/Foundation/Exception.h"
+#include "Platform/OpenGL/Contexts/EglConfig.h"
+#include "Platform/OpenGL/Contexts/EglContext.h"
+#include "Platform/OpenGL/Contexts/OpenGLLibraries.h"
+#include "Platform/OpenGL/OpenGLException.h"
+
+#include <vector>
+
+namespace Imaging::Platform {
+
+namespace {
+
+constexpr EGLint anyVersion[] = {EGL_NONE};
+constexpr EGLint coreVersion[] = {EGL_CONTEXT_MAJOR_VERSION,
+                                  3,
+                                  EGL_CONTEXT_MINOR_VERSION,
+                                  2,
+                                  EGL_CONTEXT_OPENGL_PROFILE_MASK,
+                                  EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
+                                  EGL_NONE};
+constexpr EGLint esVersion[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 0, EGL_NONE};
+
+constexpr EglApi compatibilityApi{OpenGLProfile::Compatibility, EGL_OPENGL_API, EGL_OPENGL_BIT, anyVersion};
+constexpr EglApi coreApi{OpenGLProfile::Core, EGL_OPENGL_API, EGL_OPENGL_BIT, coreVersion};
+constexpr EglApi esApi{OpenGLProfile::ES, EGL_OPENGL_ES_API, EGL_OPENGL_ES3_BIT, esVersion};
+
+bool isWanted(const NSOpenGLPixelFormat& format, OpenGLProfile profile) {
+    if (!format.profile()) return true;
+    switch (*format.profile()) {
+    case NSOpenGLProfileVersionLegacy:
+        return profile == OpenGLProfile::Compatibility;
+    case NSOpenGLProfileVersion3_2Core:
+        return profile == OpenGLProfile::Core;
+    case NSOpenGLProfileVersionES3_0:
+        return profile == OpenGLProfile::ES;
+    }
+    return false;
+}
+
+/// What may be tried, the best first.
+std::vector<EglApi> apisFor(const NSOpenGLPixelFormat& format, const EglContext* share) {
+    if (share != nullptr) return {share->api()};
+    const OpenGLLibraries& libraries = openGLLibraries();
+    std::vector<EglApi> apis;
+    for (const EglApi& api : {compatibilityApi, coreApi, esApi}) {
+        const bool hasLibrary = api.profile == OpenGLProfile::ES ? libraries.es : libraries.desktop;
+        if (hasLibrary && isWanted(format, api.profile)) apis.push_back(api);
+    }
+    return apis;
+}
+
+const EglContext* eglContext(NativeContext* share) {
+    auto* const context = dynamic_cast<EglContext*>(share);
+    if (share != nullptr && context == nullptr) {
+        throw NSException(NSOpenGLException,
+                          "a context cannot share textures with one of another kind of view");
+    }
+    return context;
+}
+
+} // namespace
+
+std::unique_ptr<NativeContext> EglBacking::makeContext(const NSOpenGLPixelFormat& format,
+                                                       NativeContext* share) {
+    const EglContext* const shared = eglContext(share);
+    for (const EglApi& api : apisFor(format, shared)) {
+        const std::optional<EGLConfig> config =
+            chooseEglConfig(display(), format, api.renderableBit, surfaceBit());
+        if (!config) continue;
+        std::unique_ptr<EglContext> context = EglContext::make(display(), *config, api, shared);
+        if (context) return context;
+    }
+    throw NSException(NSOpenGLException,
+                      "EGL makes no context of the OpenGL that was asked for (" + eglErrorText() +
+                          "); OpenGL 1.4 or 3.2 core or OpenGL ES 3.0 is needed, on Debian: "
+                          "apt install libgl1 libgles2 libgl1-mesa-dri");
+}
+
+} // namespace Imaging::Platform

@@ -1,0 +1,8 @@
+#include "Platform/OpenGL/Contexts/NativeContext.h"
+
+namespace Imaging::Platform {
+
+NativeContext::~NativeContext() = default;
+ViewBacking::~ViewBacking() = default;
+
+} // namespace Imaging::Platform
