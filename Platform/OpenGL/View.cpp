@@ -1,0 +1,43 @@
+#include "Platform/OpenGL/View.h"
+
+#include "Platform/Foundation/Exception.h"
+#include "Platform/OpenGL/Contexts/NativeContext.h"
+#include "Platform/OpenGL/Contexts/SuppliedCommands.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Imaging::Platform {
+
+NSView::NSView(NSRect frame) : NSView(frame, offscreenBacking()) {}
+
+NSView::NSView(NSRect frame, std::shared_ptr<ViewBacking> backing)
+    : m_frame(frame), m_backing(std::move(backing)) {}
+
+NSView::~NSView() = default;
+
+std::shared_ptr<NSView> NSView::viewWithCommands(NSRect frame, std::shared_ptr<OpenGLCommands> commands) {
+    if (!commands) throw NSException(NSInvalidArgumentException, "a view cannot draw without commands");
+    return std::shared_ptr<NSView>(new NSView(frame, suppliedCommandsBacking(std::move(commands))));
+}
+
+void NSView::addSubview(const std::shared_ptr<NSView>& view) {
+    if (!view) throw NSException(NSInvalidArgumentException, "there is no view to add");
+    for (const NSView* above = this; above != nullptr; above = above->superview().get()) {
+        if (above == view.get()) throw NSException(NSInvalidArgumentException, "a view cannot hold itself");
+    }
+    const std::shared_ptr<NSView> kept = view; // removing may let go of the caller's
+    kept->removeFromSuperview();
+    kept->m_superview = weak_from_this();
+    m_subviews.push_back(kept);
+}
+
+void NSView::removeFromSuperview() {
+    const std::shared_ptr<NSView> above = superview();
+    if (!above) return;
+    m_superview.reset();
+    std::erase_if(above->m_subviews,
+                  [this](const std::shared_ptr<NSView>& view) { return view.get() == this; });
+}
+
+} // namespace Imaging::Platform
