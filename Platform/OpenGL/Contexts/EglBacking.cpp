@@ -65,11 +65,12 @@ const EglContext* eglContext(NativeContext* share) {
 std::unique_ptr<NativeContext> EglBacking::makeContext(const NSOpenGLPixelFormat& format,
                                                        NativeContext* share) {
     const EglContext* const shared = eglContext(share);
+    const EglDisplay& opened = display(); // finds out whether there is EGL at all
     for (const EglApi& api : apisFor(format, shared)) {
         const std::optional<EGLConfig> config =
-            chooseEglConfig(display(), format, api.renderableBit, surfaceBit());
+            chooseEglConfig(opened, format, api.renderableBit, surfaceBit());
         if (!config) continue;
-        std::unique_ptr<EglContext> context = EglContext::make(display(), *config, api, shared);
+        std::unique_ptr<EglContext> context = EglContext::make(opened, *config, api, shared);
         if (context) return context;
     }
     throw NSException(NSOpenGLException,
