@@ -43,6 +43,9 @@ struct OpenGLDrawable {
 /// is not allowed between `begin` and `end`, StackOverflow and StackUnderflow at the limits below. Nothing
 /// here throws, but for std::bad_alloc.
 ///
+/// Who calls OpenGL directly on the same context calls `flush` before, since vertices may still wait in a
+/// batch, and NSOpenGLContext::makeCurrentContext afterwards, which sends all state anew.
+///
 /// One object belongs to one native context, and is used on the thread where that is current. Vertices,
 /// colours and matrices are frequent and cheap. Binding, blending and capabilities may end a batch. Uploads,
 /// copies and read-back are rare, and read-back waits until all drawing is done.

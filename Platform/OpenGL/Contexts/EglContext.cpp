@@ -1,6 +1,7 @@
 #include "Platform/OpenGL/Contexts/EglContext.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/OpenGL/Contexts/ContextCommands.h"
 #include "Platform/OpenGL/OpenGLException.h"
 
 #include <array>
@@ -139,6 +140,7 @@ void EglContext::prepareCommands() {
 void EglContext::release() {
     // The application may have made another one current meanwhile.
     if (eglGetCurrentContext() != m_context) return;
+    if (m_commands) m_commands->flush();
     eglMakeCurrent(m_display.handle(), EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
 }
 

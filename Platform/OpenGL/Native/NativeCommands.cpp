@@ -1,8 +1,5 @@
 #include "Platform/OpenGL/Native/NativeCommands.h"
 
-#include "Platform/OpenGL/Compatibility/CompatibilityCommands.h"
-#include "Platform/OpenGL/Native/ContextFacts.h"
-
 #include <epoxy/gl.h>
 
 #include <utility>
@@ -50,10 +47,5 @@ Error NativeCommands::getError() {
 
 void NativeCommands::flush() { glFlush(); }
 void NativeCommands::finish() { glFinish(); }
-
-std::shared_ptr<NativeCommands> commandsOfCurrentContext() {
-    OpenGLFacts facts = factsOfCurrentContext();
-    return std::make_shared<CompatibilityCommands>(std::move(facts));
-}
 
 } // namespace Imaging::Platform

@@ -72,8 +72,4 @@ private:
     std::vector<std::uint8_t> m_ordered_rows; // kept for the next upload
 };
 
-/// The commands for the context that is current on this thread, by what it can do. Throws an NSException
-/// (NSOpenGLException) for a context that the library cannot draw with.
-std::shared_ptr<NativeCommands> commandsOfCurrentContext();
-
 } // namespace Imaging::Platform

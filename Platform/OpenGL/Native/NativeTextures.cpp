@@ -2,6 +2,7 @@
 
 #include "Platform/OpenGL/Native/NativeCommands.h"
 #include "Platform/OpenGL/Native/SampleOrder.h"
+#include "Platform/OpenGL/Native/TightRows.h"
 
 #include <epoxy/gl.h>
 
@@ -61,12 +62,9 @@ void NativeCommands::uploadInOrder(TextureTarget target, int width, int height, 
         orderSamples(format, type, static_cast<const std::uint8_t*>(pixels) + y * stride,
                      m_ordered_rows.data() + y * 4 * columns, columns);
     }
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
+    const TightRows scope;
     glTexImage2D(static_cast<GLenum>(target), 0, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                  pixels == nullptr ? nullptr : m_ordered_rows.data());
-    glPixelStorei(GL_UNPACK_ROW_LENGTH, m_unpack_row_length);
-    glPixelStorei(GL_UNPACK_ALIGNMENT, m_unpack_alignment);
 }
 
 void NativeCommands::copyTexSubImage2D(TextureTarget target, int xOffset, int yOffset, int x, int y,

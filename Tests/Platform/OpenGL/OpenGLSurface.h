@@ -103,6 +103,10 @@ inline std::string profileName(const testing::TestParamInfo<Imaging::Platform::N
     return "Unknown";
 }
 
-inline auto everyProfile() { return testing::Values(Imaging::Platform::NSOpenGLProfileVersionLegacy); }
+inline auto everyProfile() {
+    using namespace Imaging::Platform;
+    return testing::Values(NSOpenGLProfileVersionLegacy, NSOpenGLProfileVersion3_2Core,
+                           NSOpenGLProfileVersionES3_0);
+}
 
 } // namespace Pixels
