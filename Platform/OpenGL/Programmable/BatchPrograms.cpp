@@ -123,11 +123,17 @@ BatchPrograms::Program BatchPrograms::makeProgram(const OpenGLFacts& facts, bool
 
 BatchPrograms::BatchPrograms(const OpenGLFacts& facts) : m_plain(makeProgram(facts, false)) {
     if (facts.rectangleTextures) m_rectangle = makeProgram(facts, true);
+    GLint vertexArrayBefore = 0;
+    GLint bufferBefore = 0;
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &vertexArrayBefore);
+    glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &bufferBefore);
     glGenVertexArrays(1, &m_vertex_array);
     glGenBuffers(1, &m_buffer);
     glBindVertexArray(m_vertex_array);
     glBindBuffer(GL_ARRAY_BUFFER, m_buffer);
     describeVertices();
+    glBindVertexArray(static_cast<GLuint>(vertexArrayBefore));
+    glBindBuffer(GL_ARRAY_BUFFER, static_cast<GLuint>(bufferBefore));
 }
 
 void BatchPrograms::bind() {

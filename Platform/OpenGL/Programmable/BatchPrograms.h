@@ -14,7 +14,8 @@ namespace Imaging::Platform {
 /// pass through. Made and used while the context is current.
 class BatchPrograms {
 public:
-    /// Throws an NSException (NSOpenGLException) with the driver's words when it refuses the shader.
+    /// Leaves everything bound that was. Throws an NSException (NSOpenGLException) with the driver's words
+    /// when it refuses the shader.
     explicit BatchPrograms(const OpenGLFacts& facts);
 
     /// Binds the buffer and its vertex array. To be called once before draws, whenever others may have bound
