@@ -12,20 +12,6 @@ namespace Imaging::Platform {
 
 namespace {
 
-constexpr EGLint anyVersion[] = {EGL_NONE};
-constexpr EGLint coreVersion[] = {EGL_CONTEXT_MAJOR_VERSION,
-                                  3,
-                                  EGL_CONTEXT_MINOR_VERSION,
-                                  2,
-                                  EGL_CONTEXT_OPENGL_PROFILE_MASK,
-                                  EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
-                                  EGL_NONE};
-constexpr EGLint esVersion[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 0, EGL_NONE};
-
-constexpr EglApi compatibilityApi{OpenGLProfile::Compatibility, EGL_OPENGL_API, EGL_OPENGL_BIT, anyVersion};
-constexpr EglApi coreApi{OpenGLProfile::Core, EGL_OPENGL_API, EGL_OPENGL_BIT, coreVersion};
-constexpr EglApi esApi{OpenGLProfile::ES, EGL_OPENGL_ES_API, EGL_OPENGL_ES3_BIT, esVersion};
-
 bool isWanted(const NSOpenGLPixelFormat& format, OpenGLProfile profile) {
     if (!format.profile()) return true;
     switch (*format.profile()) {
@@ -44,7 +30,9 @@ std::vector<EglApi> apisFor(const NSOpenGLPixelFormat& format, const EglContext*
     if (share != nullptr) return {share->api()};
     const OpenGLLibraries& libraries = openGLLibraries();
     std::vector<EglApi> apis;
-    for (const EglApi& api : {compatibilityApi, coreApi, esApi}) {
+    for (const OpenGLProfile profile :
+         {OpenGLProfile::Compatibility, OpenGLProfile::Core, OpenGLProfile::ES}) {
+        const EglApi& api = eglApiOf(profile);
         const bool hasLibrary = api.profile == OpenGLProfile::ES ? libraries.es : libraries.desktop;
         if (hasLibrary && isWanted(format, api.profile)) apis.push_back(api);
     }

@@ -10,6 +10,20 @@ namespace Imaging::Platform {
 
 namespace {
 
+constexpr EGLint anyVersion[] = {EGL_NONE};
+constexpr EGLint coreVersion[] = {EGL_CONTEXT_MAJOR_VERSION,
+                                  3,
+                                  EGL_CONTEXT_MINOR_VERSION,
+                                  2,
+                                  EGL_CONTEXT_OPENGL_PROFILE_MASK,
+                                  EGL_CONTEXT_OPENGL_CORE_PROFILE_BIT,
+                                  EGL_NONE};
+constexpr EGLint esVersion[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_CONTEXT_MINOR_VERSION, 0, EGL_NONE};
+
+constexpr EglApi compatibilityApi{OpenGLProfile::Compatibility, EGL_OPENGL_API, EGL_OPENGL_BIT, anyVersion};
+constexpr EglApi coreApi{OpenGLProfile::Core, EGL_OPENGL_API, EGL_OPENGL_BIT, coreVersion};
+constexpr EglApi esApi{OpenGLProfile::ES, EGL_OPENGL_ES_API, EGL_OPENGL_ES3_BIT, esVersion};
+
 /// Contexts are made for the API that is bound on the thread, which belongs to the application.
 class ApiScope {
 public:
@@ -45,13 +59,34 @@ private:
 
 } // namespace
 
-std::unique_ptr<EglContext> EglContext::make(const EglDisplay& display, EGLConfig config, const EglApi& api,
-                                             const EglContext* share) {
+const EglApi& eglApiOf(OpenGLProfile profile) {
+    switch (profile) {
+    case OpenGLProfile::Core:
+        return coreApi;
+    case OpenGLProfile::ES:
+        return esApi;
+    case OpenGLProfile::Compatibility:
+        break;
+    }
+    return compatibilityApi;
+}
+
+std::unique_ptr<EglContext> EglContext::makeWith(const EglDisplay& display, EGLConfig config,
+                                                 const EglApi& api, EGLContext shared) {
     const ApiScope scope(api.api);
-    const EGLContext shared = share == nullptr ? EGL_NO_CONTEXT : share->m_context;
     const EGLContext context = eglCreateContext(display.handle(), config, shared, api.attributes);
     if (context == EGL_NO_CONTEXT) return nullptr;
     return std::unique_ptr<EglContext>(new EglContext(display, config, api, context));
+}
+
+std::unique_ptr<EglContext> EglContext::make(const EglDisplay& display, EGLConfig config, const EglApi& api,
+                                             const EglContext* share) {
+    return makeWith(display, config, api, share == nullptr ? EGL_NO_CONTEXT : share->m_context);
+}
+
+std::unique_ptr<EglContext> EglContext::makeSharing(const EglOrigin& origin, const OpenGLFacts& facts) {
+    return makeWith(EglDisplay::ofApplication(origin.display), origin.config, eglApiOf(facts.profile),
+                    origin.context);
 }
 
 EglContext::~EglContext() {

@@ -4,6 +4,7 @@
 
 #include "Platform/OpenGL/Contexts/EglDisplay.h"
 #include "Platform/OpenGL/Contexts/NativeContext.h"
+#include "Platform/OpenGL/Contexts/NativeIdentity.h"
 #include "Platform/OpenGL/Native/NativeCommands.h"
 #include "Platform/OpenGL/OpenGLPixelFormat.h"
 
@@ -35,12 +36,18 @@ struct EglApi {
     const EGLint* attributes; ///< for eglCreateContext
 };
 
+/// That of a profile, in the lowest version that the library draws with.
+const EglApi& eglApiOf(OpenGLProfile profile);
+
 /// Context, configuration and surface. The display outlives it.
 class EglContext final : public NativeContext {
 public:
     /// Null when EGL makes no such context.
     static std::unique_ptr<EglContext> make(const EglDisplay& display, EGLConfig config, const EglApi& api,
                                             const EglContext* share);
+
+    /// A context of the same API that shares with one of the application's, and draws on nothing.
+    static std::unique_ptr<EglContext> makeSharing(const EglOrigin& origin, const OpenGLFacts& facts);
     ~EglContext() override;
 
     const EglApi& api() const { return m_api; }
@@ -56,6 +63,8 @@ public:
     std::shared_ptr<OpenGLCommands> commands() override { return m_commands; }
 
 private:
+    static std::unique_ptr<EglContext> makeWith(const EglDisplay& display, EGLConfig config,
+                                                const EglApi& api, EGLContext shared);
     EglContext(const EglDisplay& display, EGLConfig config, const EglApi& api, EGLContext context)
         : m_display(display), m_config(config), m_api(api), m_context(context) {}
     EGLSurface surfaceForNothing();

@@ -20,6 +20,9 @@ public:
     /// like). Throws the same.
     static EglDisplay forNative(EGLenum platform, void* nativeDisplay);
 
+    /// One that the application has initialised.
+    static EglDisplay ofApplication(EGLDisplay handle) { return EglDisplay(handle); }
+
     EGLDisplay handle() const { return m_handle; }
     bool hasExtension(const char* name) const;
 
