@@ -1,6 +1,7 @@
 #include "Platform/OpenGL/View.h"
 
 #include "Platform/Foundation/Exception.h"
+#include "Platform/OpenGL/Contexts/AdoptedContext.h"
 #include "Platform/OpenGL/Contexts/NativeContext.h"
 #include "Platform/OpenGL/Contexts/SuppliedCommands.h"
 
@@ -15,6 +16,10 @@ NSView::NSView(NSRect frame, std::shared_ptr<ViewBacking> backing)
     : m_frame(frame), m_backing(std::move(backing)) {}
 
 NSView::~NSView() = default;
+
+std::shared_ptr<NSView> NSView::viewOnCurrentContext(NSRect frame, NSAdoptedContext adopted) {
+    return std::shared_ptr<NSView>(new NSView(frame, adoptedBacking(std::move(adopted))));
+}
 
 std::shared_ptr<NSView> NSView::viewWithCommands(NSRect frame, std::shared_ptr<OpenGLCommands> commands) {
     if (!commands) throw NSException(NSInvalidArgumentException, "a view cannot draw without commands");

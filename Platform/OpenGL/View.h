@@ -3,6 +3,7 @@
 #include "Platform/Foundation/Export.h"
 #include "Platform/Foundation/Geometry.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -12,7 +13,22 @@ class NSWindow;
 class OpenGLCommands;
 class ViewBacking;
 
-/// A rectangle that OpenGL draws into: the pixels of a view that is on no screen. One point is one pixel.
+/// How the library uses a context that the application made.
+struct NSAdoptedContext {
+    /// Called by `flushBuffer` when the state is the application's again, to show the frame; null where the
+    /// toolkit does that by itself.
+    std::function<void()> flush;
+
+    /// Makes a context of the same share group, for uploads, current on the calling thread, which is not the
+    /// one that draws, and says whether that succeeded. Null where EGL made the application's context, since
+    /// EGL makes another, or where nothing but the drawing thread uploads.
+    std::function<bool()> makeCompanionCurrent;
+    /// Called on that thread when it is done with it; may be null.
+    std::function<void()> releaseCompanion;
+};
+
+/// A rectangle that OpenGL draws into: the pixels of a view that is on no screen, or a part of the
+/// application's window. One point is one pixel.
 ///
 /// A view belongs to the thread that gives it to contexts. Views are made with std::make_shared.
 class IMAGING_EXPORT NSView : public std::enable_shared_from_this<NSView> {
@@ -20,6 +36,17 @@ public:
     /// A view on no screen, which needs no display server. The frame is in the space of the view that it will
     /// be added to.
     explicit NSView(NSRect frame);
+
+    /// A view on the context that the application has made current whenever `makeCurrentContext` is called:
+    /// in the frame buffer that is bound then, which need not be 0, from the corner of the viewport that is
+    /// set then, with the size of the frame. The first one stays the view's; another one counts as its loss.
+    ///
+    /// From `makeCurrentContext` to `flushBuffer` or `clearCurrentContext` the context's state is the
+    /// library's; after those it is what it was, but for errors, the contents of the drawn part, and the
+    /// depth buffer there. A frame should not count on state of the one before. The frame buffer should have
+    /// one sample a pixel where what was drawn is read back or captured. Contexts are best destroyed while
+    /// the application's is current, so that what they have in it can be deleted.
+    static std::shared_ptr<NSView> viewOnCurrentContext(NSRect frame, NSAdoptedContext adopted = {});
 
     /// A view whose contexts hand every command to `commands`, which are shared by all of them. For tests,
     /// and for whoever draws with an implementation of their own.
