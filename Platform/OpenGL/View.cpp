@@ -26,15 +26,14 @@ std::shared_ptr<NSView> NSView::viewWithCommands(NSRect frame, std::shared_ptr<O
     return std::shared_ptr<NSView>(new NSView(frame, suppliedCommandsBacking(std::move(commands))));
 }
 
-void NSView::addSubview(const std::shared_ptr<NSView>& view) {
+void NSView::addSubview(std::shared_ptr<NSView> view) {
     if (!view) throw NSException(NSInvalidArgumentException, "there is no view to add");
     for (const NSView* above = this; above != nullptr; above = above->superview().get()) {
         if (above == view.get()) throw NSException(NSInvalidArgumentException, "a view cannot hold itself");
     }
-    const std::shared_ptr<NSView> kept = view; // removing may let go of the caller's
-    kept->removeFromSuperview();
-    kept->m_superview = weak_from_this();
-    m_subviews.push_back(kept);
+    view->removeFromSuperview();
+    view->m_superview = weak_from_this();
+    m_subviews.push_back(std::move(view));
 }
 
 void NSView::removeFromSuperview() {

@@ -69,7 +69,7 @@ public:
 
     /// Puts a view in front of the others, taking it from where it was. Throws an NSException
     /// (NSInvalidArgumentException) for null, and for a view that holds this one.
-    void addSubview(const std::shared_ptr<NSView>& view);
+    void addSubview(std::shared_ptr<NSView> view);
     void removeFromSuperview();
 
     /// Null for a view in no other.

@@ -16,7 +16,7 @@ int integerOf(GLenum name) {
 
 void setCapability(GLenum name, bool isOn) { isOn ? glEnable(name) : glDisable(name); }
 
-/// What must be off for plain drawing, and since which version it exists (0: always, -1: not in ES).
+/// What must be off for plain drawing, and since which version it exists.
 struct Switch {
     GLenum name;
     int sinceDesktop;
@@ -37,8 +37,8 @@ constexpr Switch switches[] = {
     {GL_FRAMEBUFFER_SRGB, 30, never},
 };
 
-constexpr GLenum matrixModes[] = {GL_PROJECTION, GL_TEXTURE, GL_MODELVIEW};
-constexpr GLenum matrixNames[] = {GL_PROJECTION_MATRIX, GL_TEXTURE_MATRIX, GL_MODELVIEW_MATRIX};
+constexpr std::array<GLenum, 3> matrixModes{GL_PROJECTION, GL_TEXTURE, GL_MODELVIEW};
+constexpr std::array<GLenum, 3> matrixNames{GL_PROJECTION_MATRIX, GL_TEXTURE_MATRIX, GL_MODELVIEW_MATRIX};
 
 } // namespace
 
@@ -214,8 +214,8 @@ void KeptState::keepFixedFunction() {
     glColor4f(1, 1, 1, 1);
     glTexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
     for (std::size_t i = 0; i < m_matrices.size(); ++i) {
-        glGetFloatv(matrixNames[i], m_matrices.at(i).data());
-        glMatrixMode(matrixModes[i]);
+        glGetFloatv(matrixNames.at(i), m_matrices.at(i).data());
+        glMatrixMode(matrixModes.at(i));
         glLoadIdentity();
     }
 }
@@ -224,7 +224,7 @@ void KeptState::restoreFixedFunction() {
     const int active = integerOf(GL_ACTIVE_TEXTURE);
     glActiveTexture(GL_TEXTURE0); // whose texture matrix was kept
     for (std::size_t i = 0; i < m_matrices.size(); ++i) {
-        glMatrixMode(matrixModes[i]);
+        glMatrixMode(matrixModes.at(i));
         glLoadMatrixf(m_matrices.at(i).data());
     }
     glActiveTexture(static_cast<GLenum>(active));
