@@ -12,6 +12,14 @@ namespace Imaging::Platform {
 
 using namespace OpenGL;
 
+namespace {
+
+/// Without a size the driver keeps the order of samples that it is given, where a size would have it change
+/// each pixel while uploading. All that is uploaded has 8 bits a sample, and drivers keep those.
+constexpr GLint storedFormat = GL_RGBA;
+
+} // namespace
+
 void NativeCommands::genTextures(std::size_t count, unsigned* names) {
     glGenTextures(static_cast<GLsizei>(count), names);
 }
@@ -45,7 +53,7 @@ void NativeCommands::texImage2D(TextureTarget target, int width, int height, Pix
     if (!isTextureSize(target, width, height)) return noteError(Error::InvalidValue);
     const bool isPlain = format == PixelFormat::Rgba && type == PixelType::UnsignedByte;
     if (!isPlain && !m_facts.bgraUploads) return uploadInOrder(target, width, height, format, type, pixels);
-    glTexImage2D(static_cast<GLenum>(target), 0, GL_RGBA8, width, height, 0, static_cast<GLenum>(format),
+    glTexImage2D(static_cast<GLenum>(target), 0, storedFormat, width, height, 0, static_cast<GLenum>(format),
                  static_cast<GLenum>(type), pixels);
 }
 
@@ -63,7 +71,7 @@ void NativeCommands::uploadInOrder(TextureTarget target, int width, int height, 
                      m_ordered_rows.data() + y * 4 * columns, columns);
     }
     const TightRows scope;
-    glTexImage2D(static_cast<GLenum>(target), 0, GL_RGBA8, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+    glTexImage2D(static_cast<GLenum>(target), 0, storedFormat, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                  pixels == nullptr ? nullptr : m_ordered_rows.data());
 }
 
