@@ -2,7 +2,6 @@
 
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Log.h"
-#include "Platform/OpenGL/Contexts/NativeIdentity.h"
 #include "Tests/Platform/OpenGL/Application.h"
 
 #include <gtest/gtest.h>
@@ -168,16 +167,6 @@ TEST(AdoptedContext, NeedsAContextThatIsCurrent) {
         EXPECT_NE(exception.reason().find("make the application's context current"), std::string::npos);
     }
     EXPECT_EQ(OpenGLCommands::currentOrNull(), nullptr);
-}
-
-TEST(NativeIdentity, IsThatOfTheCurrentContext) {
-    EXPECT_EQ(currentNativeContext(), nullptr);
-    EXPECT_FALSE(currentEglOrigin());
-    Application application(NSOpenGLProfileVersionES3_0);
-    EXPECT_EQ(currentNativeContext(), eglGetCurrentContext());
-    ASSERT_TRUE(currentEglOrigin());
-    EXPECT_EQ(currentEglOrigin()->context, eglGetCurrentContext());
-    EXPECT_NE(currentEglOrigin()->config, nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Contexts, AdoptedContextIn, everyProfile(), profileName);
