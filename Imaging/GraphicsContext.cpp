@@ -44,9 +44,9 @@ void GraphicsContext::fillRect(NSRect, const NSColor&, int) {}
 
 void GraphicsContext::frameRect(NSRect, const NSColor&, float) {}
 
-void GraphicsContext::fillBezierPath(const NSBezierPath&, const NSColor&) {}
+void GraphicsContext::fillBezierPath(NSBezierPath&, const NSColor&) {}
 
-void GraphicsContext::strokeBezierPath(const NSBezierPath&, const NSColor&) {}
+void GraphicsContext::strokeBezierPath(NSBezierPath&, const NSColor&) {}
 
 void GraphicsContext::drawImage(const std::shared_ptr<IMGImage>&, NSRect, int, float) {}
 
