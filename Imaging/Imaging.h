@@ -23,6 +23,7 @@
 #include "Imaging/Kernel.h"
 #include "Imaging/Mask.h"
 #include "Imaging/Matrix4.h"
+#include "Imaging/OpenGLTexture.h"
 #include "Imaging/PathShapes.h"
 #include "Imaging/PixelOperation.h"
 #include "Imaging/PolygonClipping.h"
