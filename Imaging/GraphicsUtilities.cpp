@@ -1,3 +1,6 @@
+// Decorations of picture areas in 2-D graphics, and the few functions that all OpenGL drawing shares:
+// coordinates, compositing, and reports of errors.
+
 #include "Imaging/GraphicsUtilities.h"
 
 #include "Imaging/BitmapFormats.h"
@@ -10,6 +13,7 @@
 #include "Platform/Graphics/GraphicsContext.h"
 #include "Platform/Graphics/Image.h"
 #include "Platform/Graphics/Text.h"
+#include "Platform/OpenGL/OpenGLCommands.h"
 
 #include <memory>
 #include <mutex>
@@ -18,6 +22,7 @@ namespace Imaging {
 
 using Platform::NSException;
 using Platform::NSMakeRect;
+using Platform::OpenGL::BlendFactor;
 
 namespace {
 
@@ -52,6 +57,21 @@ const FramePieces& framePieces() {
 
 void drawPiece(NSImage& piece, float x, float y, float width, float height) {
     piece.drawInRect(NSMakeRect(x, y, width, height), bounds(piece), Platform::NSCompositeSourceOver, 1);
+}
+
+void reportErrorOf(Platform::OpenGLCommands& gl) {
+    ReportError(static_cast<unsigned>(gl.getError()), __FILE__, __LINE__);
+}
+
+void setBlending(Platform::OpenGLCommands& gl, BlendFactor source, BlendFactor destination) {
+    gl.blendFunc(source, destination);
+    reportErrorOf(gl);
+}
+
+/// All four alike, since the textures' colours are multiplied by their alpha.
+void setColor(Platform::OpenGLCommands& gl, float fraction) {
+    gl.color4f(fraction, fraction, fraction, fraction);
+    reportErrorOf(gl);
 }
 
 } // namespace
@@ -110,5 +130,42 @@ void ReportError(unsigned error, const char*, int) {
 }
 
 std::array<float, 3> MakePoint3D(float x, float y, float z) { return {x, y, z}; }
+
+NSPoint MapPointGL(NSPoint point, NSRect from, NSRect to) {
+    return {(point.x - from.origin.x) * to.size.width / from.size.width + to.origin.x,
+            (point.y - from.origin.y) * to.size.height / from.size.height + to.origin.y};
+}
+
+NSRect MapRectGL(NSRect rect, NSRect from, NSRect to) {
+    return {MapPointGL(rect.origin, from, to),
+            {to.size.width * rect.size.width / from.size.width,
+             to.size.height * rect.size.height / from.size.height}};
+}
+
+void SetCompositedModeGL(int operation, float fraction) {
+    Platform::OpenGLCommands& gl = Platform::OpenGLCommands::current();
+    gl.enable(Platform::OpenGL::Capability::Blend);
+    reportErrorOf(gl);
+    switch (operation) {
+    case Platform::NSCompositeCopy:
+        setBlending(gl, BlendFactor::One, BlendFactor::Zero);
+        break;
+    case Platform::NSCompositeSourceOver:
+        setBlending(gl, BlendFactor::One, BlendFactor::OneMinusSrcAlpha);
+        setColor(gl, fraction);
+        break;
+    case Platform::NSCompositeDestinationOver:
+        setBlending(gl, BlendFactor::OneMinusDstAlpha, BlendFactor::One);
+        setColor(gl, fraction);
+        break;
+    case Platform::NSCompositePlusLighter:
+        setBlending(gl, BlendFactor::ConstantAlpha, BlendFactor::One);
+        gl.blendColor(1, 1, 1, fraction);
+        reportErrorOf(gl);
+        break;
+    default: // nothing in OpenGL's blending stands for them
+        break;
+    }
+}
 
 } // namespace Imaging
