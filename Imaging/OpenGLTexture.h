@@ -140,6 +140,10 @@ public:
     /// have been loaded before, which gives them their memory.
     void loadTextureWithFrameBuffer();
 
+    /// Forgets names that are gone with their context, so that they are not deleted; the next load makes new
+    /// ones. Needs no context.
+    void forgetNames() { m_texture_name_data.clear(); }
+
     /// Draws the whole picture.
     void drawImage();
 
