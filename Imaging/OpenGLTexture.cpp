@@ -102,6 +102,13 @@ void OpenGLTexture::forgetHardwareAnswers() {
     answers.largestSide.reset();
 }
 
+void OpenGLTexture::assumeHardwareAnswers(bool hasTextureRectangleExtension, int largestSide) {
+    HardwareAnswers& answers = hardwareAnswers();
+    const std::lock_guard lock(answers.lock);
+    answers.hasRectangles = hasTextureRectangleExtension;
+    answers.largestSide = largestSide;
+}
+
 unsigned OpenGLTexture::getNextTextureSizeForLength(int length, int maxTextureSize,
                                                     bool hasTextureRectangleExtension) {
     return nextTileSide(length, maxTextureSize, hasTextureRectangleExtension);

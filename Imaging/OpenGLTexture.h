@@ -88,6 +88,11 @@ public:
     /// that exist keep the tiles that they have.
     static void forgetHardwareAnswers();
 
+    /// Puts answers in the place of those that a context would give, where a driver's own cannot be relied
+    /// on, and for tests: whether there are rectangle textures, which the contexts must have then, and the
+    /// largest side. They hold until they are forgotten.
+    static void assumeHardwareAnswers(bool hasTextureRectangleExtension, int largestSide);
+
     /// The side of the next tile along a length (not negative) of which so much is left: all that is left,
     /// or without the extension the largest of maxTextureSize, its half, its quarter and so on that fits;
     /// 0 where none does.

@@ -36,6 +36,15 @@ TEST_F(OpenGLTextureLoading, RemembersWhatTheFirstContextCanDo) {
     EXPECT_EQ(OpenGLTexture::maxHardwareTextureRectangleSize(), 64);
 }
 
+TEST_F(OpenGLTextureLoading, TakesAssumedAnswersUntilTheyAreForgotten) {
+    OpenGLTexture::assumeHardwareAnswers(false, 64);
+    EXPECT_FALSE(OpenGLTexture::supportsTextureRectangleExtension());
+    EXPECT_EQ(OpenGLTexture::maxTextureRectangleSize(), 64);
+    OpenGLTexture::forgetHardwareAnswers();
+    EXPECT_TRUE(OpenGLTexture::supportsTextureRectangleExtension());
+    EXPECT_EQ(OpenGLTexture::maxTextureRectangleSize(), 512);
+}
+
 TEST_F(OpenGLTextureLoading, AsksForClientStorageEachTime) {
     EXPECT_FALSE(OpenGLTexture::supportsTextureClientStorage());
     OpenGLCommands::setCurrent(std::make_shared<RecordingCommands>(factsOf({.clientStorage = true})));
