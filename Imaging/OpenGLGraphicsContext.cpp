@@ -107,7 +107,7 @@ void OpenGLGraphicsContext::prepareOffscreen(Platform::NSView* view) { prepareCo
 
 void OpenGLGraphicsContext::prepareContext(Platform::NSView* view, bool isOffscreen) {
     const std::lock_guard lock(*m_context_lock);
-    std::shared_ptr<NSOpenGLContext> context = makeContext(view, isOffscreen);
+    std::shared_ptr<NSOpenGLContext> context = makeContext(view, isOffscreen, m_profile);
     releaseTextures();
     m_opengl_context = std::move(context);
     m_is_lost = false;

@@ -3,9 +3,11 @@
 #include "Imaging/GraphicsContext.h"
 #include "Imaging/OpenGLCache.h"
 #include "Imaging/OpenGLContextLock.h"
+#include "Platform/OpenGL/OpenGLPixelFormat.h"
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace Imaging {
@@ -52,6 +54,10 @@ public:
 
     /// Deletes the textures and lets the context go.
     ~OpenGLGraphicsContext() override;
+
+    /// Which OpenGL contexts made from now on are to speak; nothing, as at first, for fixed function where
+    /// the machine has it, else core, else ES. The same is drawn with all of them.
+    void setProfile(std::optional<Platform::NSOpenGLProfile> profile) { m_profile = profile; }
 
     /// Makes a context of its own for the view: double buffered with 32 bits of colour, 8 of alpha and 32 of
     /// depth, or what comes nearest, that waits for the screen's refresh when a frame is shown. A context
@@ -138,6 +144,7 @@ private:
     std::shared_ptr<OpenGLContextLock> m_context_lock;
     std::unique_ptr<OpenGLCache> m_cache;
     std::unique_lock<OpenGLContextLock> m_frame; ///< the hold of the frame that is being drawn
+    std::optional<Platform::NSOpenGLProfile> m_profile;
     bool m_is_lost = false;
 };
 

@@ -103,6 +103,16 @@ TEST_F(OpenGLTarget, AsksForTheBuffersOfTheText) {
     EXPECT_EQ(target->openGLContext()->view(), view);
 }
 
+TEST_F(OpenGLTarget, AsksForTheProfileThatItIsToldTo) {
+    EXPECT_EQ(target->openGLContext()->pixelFormat().profile(), std::nullopt);
+    target->setProfile(Imaging::Platform::NSOpenGLProfileVersion3_2Core);
+    EXPECT_EQ(target->openGLContext()->pixelFormat().profile(), std::nullopt)
+        << "not before the next prepare";
+    target->prepare(view.get());
+    EXPECT_EQ(target->openGLContext()->pixelFormat().profile(),
+              Imaging::Platform::NSOpenGLProfileVersion3_2Core);
+}
+
 TEST_F(OpenGLTarget, DrawsIntoNoViewBetweenUnprepareAndReprepare) {
     const auto context = target->openGLContext();
     EXPECT_EQ(context->view(), view);
