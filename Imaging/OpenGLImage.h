@@ -13,7 +13,7 @@ namespace Imaging {
 ///
 /// Example:
 /// @code
-/// const auto bitmap = initWithSize({40, 30}, IMGBitmapFormatRGBA);
+/// const auto bitmap = NSBitmapImageRep::bitmapWithDescription({.pixelsWide = 40, .pixelsHigh = 30});
 /// const auto node = std::make_shared<OpenGLImage>(bitmap);
 /// const float width = node->imageSize().width;
 /// @endcode
