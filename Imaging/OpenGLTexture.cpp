@@ -43,6 +43,20 @@ HardwareAnswers& hardwareAnswers() {
     return answers;
 }
 
+/// An answer that is asked for once, with the lock free: asking may log.
+template<class Answer, class Ask>
+Answer remembered(std::optional<Answer> HardwareAnswers::*field, const Ask& ask) {
+    HardwareAnswers& answers = hardwareAnswers();
+    {
+        const std::lock_guard lock(answers.lock);
+        if ((answers.*field).has_value()) return *(answers.*field);
+    }
+    const Answer answer = ask();
+    const std::lock_guard lock(answers.lock);
+    if (!(answers.*field).has_value()) answers.*field = answer;
+    return *(answers.*field);
+}
+
 bool hasExtension(const char* name) {
     const std::string names = OpenGLCommands::current().getString(Platform::OpenGL::StringName::Extensions);
     return names.find(name) != std::string::npos;
@@ -69,26 +83,20 @@ OpenGLPointMapping::~OpenGLPointMapping() = default;
 // What the hardware can do
 
 bool OpenGLTexture::supportsTextureRectangleExtension() {
-    HardwareAnswers& answers = hardwareAnswers();
-    const std::lock_guard lock(answers.lock);
-    if (!answers.hasRectangles.has_value()) {
-        answers.hasRectangles = hasExtension("GL_EXT_texture_rectangle");
-    }
-    return *answers.hasRectangles;
+    return remembered(&HardwareAnswers::hasRectangles,
+                      [] { return hasExtension("GL_EXT_texture_rectangle"); });
 }
 
 bool OpenGLTexture::supportsTextureClientStorage() { return hasExtension("GL_APPLE_client_storage"); }
 
 int OpenGLTexture::maxHardwareTextureRectangleSize() {
-    const bool hasRectangles = supportsTextureRectangleExtension();
-    HardwareAnswers& answers = hardwareAnswers();
-    const std::lock_guard lock(answers.lock);
-    if (!answers.largestSide.has_value()) {
+    return remembered(&HardwareAnswers::largestSide, [] {
+        const bool hasRectangles = supportsTextureRectangleExtension();
         OpenGLCommands& gl = OpenGLCommands::current();
-        answers.largestSide = hasRectangles ? gl.getMaxRectangleTextureSize() : gl.getMaxTextureSize();
+        const int side = hasRectangles ? gl.getMaxRectangleTextureSize() : gl.getMaxTextureSize();
         reportOpenGLError(gl);
-    }
-    return *answers.largestSide;
+        return side;
+    });
 }
 
 int OpenGLTexture::maxTextureRectangleSize() {
