@@ -17,6 +17,7 @@ TEST_F(OpenGLTargetThreads, PreloadWhileAnotherThreadDrawsFrames) {
     constexpr int count = 60;
     std::vector<std::shared_ptr<NSBitmapImageRep>> bitmaps;
     for (int i = 0; i < count; ++i) bitmaps.push_back(alphaFirst(Grid(8, 4, Pixels::red)));
+    const auto picture = pictureNode(distinctPicture(5, 4)); // goes through an overlay
     std::thread loader([&] {
         for (const auto& bitmap : bitmaps) target->preloadBitmap(bitmap, 1);
         NSOpenGLContext::clearCurrentContext();
@@ -25,13 +26,13 @@ TEST_F(OpenGLTargetThreads, PreloadWhileAnotherThreadDrawsFrames) {
         OpenGLImage node(bitmaps[static_cast<std::size_t>(i)]);
         target->beginDrawing(NSMakeRect(0, 0, 40, 20));
         target->drawImage(node, listOfRecords({recordOf(moved(3, 5))}), 2, 1);
-        target->drawHintText("hint", NSMakeRect(0, 0, 40, 20));
+        target->drawImage(picture, NSMakeRect(0, 0, 5, 4), 2, 1);
         target->endDrawing();
     }
     loader.join();
     EXPECT_TRUE(isLockFree());
     EXPECT_EQ(gl->attribDepth(), 0U);
-    EXPECT_GE(gl->uploads().size(), static_cast<std::size_t>(2 * count)) << "each bitmap and each hint";
+    EXPECT_GE(gl->uploads().size(), static_cast<std::size_t>(2 * count)) << "each bitmap and each overlay";
 }
 
 TEST_F(OpenGLTargetThreads, WaitForTheLockOfAFrame) {
