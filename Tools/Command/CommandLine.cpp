@@ -89,9 +89,9 @@ CommandLine::CommandLine() {
     m_app.formatter(std::make_shared<HelpFormatter>("imaging SUBCOMMAND [OPTION...] INPUT..."));
     m_app.allow_extras();
     m_app.require_subcommand(0, 1);
-    for (auto* make :
-         {&makeInfoCommand, &makeDrawCommand, &makeApplyCommand, &makeGraphCommand, &makeArchiveCommand,
-          &makeSheetCommand, &makeShowCommand, &makeTransitionCommand, &makeTransitionsCommand})
+    for (auto* make : {&makeInfoCommand, &makeDrawCommand, &makeApplyCommand, &makeGraphCommand,
+                       &makeArchiveCommand, &makeSheetCommand, &makeShowCommand, &makeTransitionCommand,
+                       &makeTransitionsCommand, &makeDoctorCommand})
         add(make());
     m_app.footer(std::string(exitStatusHelp) + R"(
 

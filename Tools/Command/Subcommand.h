@@ -74,5 +74,6 @@ std::unique_ptr<Subcommand> makeSheetCommand();
 std::unique_ptr<Subcommand> makeShowCommand();
 std::unique_ptr<Subcommand> makeTransitionCommand();
 std::unique_ptr<Subcommand> makeTransitionsCommand();
+std::unique_ptr<Subcommand> makeDoctorCommand();
 
 } // namespace Imaging::Tool
