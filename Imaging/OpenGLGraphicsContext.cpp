@@ -20,6 +20,7 @@
 #include "Platform/OpenGL/OpenGLContext.h"
 #include "Platform/OpenGL/OpenGLException.h"
 
+#include <cmath>
 #include <utility>
 
 namespace Imaging {
@@ -56,9 +57,12 @@ void smooth(OpenGLCommands& gl) {
     reportOpenGLError(gl);
 }
 
+/// Toward zero, and 0 for what no viewport could have.
+int truncated(float value) { return std::abs(value) < 1e9F ? static_cast<int>(value) : 0; }
+
 void beginFrame(OpenGLCommands& gl, NSRect rect) {
-    gl.viewport(static_cast<int>(rect.origin.x), static_cast<int>(rect.origin.y),
-                static_cast<int>(rect.size.width), static_cast<int>(rect.size.height));
+    gl.viewport(truncated(rect.origin.x), truncated(rect.origin.y), truncated(rect.size.width),
+                truncated(rect.size.height));
     reportOpenGLError(gl);
     gl.clearColor(0, 0, 0, 0);
     gl.clear(Platform::OpenGL::ClearBits::Color);

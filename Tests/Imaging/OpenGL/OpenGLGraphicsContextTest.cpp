@@ -42,6 +42,12 @@ TEST_F(OpenGLTarget, BeginsAFrameWithAnOpaqueWhiteSquare) {
     EXPECT_THAT(gl->takeLines(), ElementsAre("glFlush()"));
 }
 
+TEST_F(OpenGLTarget, HasNoViewportForARectangleThatIsNone) {
+    target->beginDrawing(NSMakeRect(NAN, -1e20F, INFINITY, 20));
+    EXPECT_EQ(gl->takeLines()[0], "glViewport(0, 0, 0, 20)");
+    target->endDrawing();
+}
+
 TEST_F(OpenGLTarget, HoldsTheLockFromTheBeginningOfAFrameToItsEnd) {
     EXPECT_TRUE(isLockFree());
     target->beginDrawing(NSMakeRect(0, 0, 40, 20));
