@@ -1,4 +1,5 @@
 // Also tests: Imaging/OpenGLTexture.cpp
+// Also tests: Imaging/OpenGL/TileDrawing.cpp
 
 #include "Imaging/OpenGL/TileDrawing.h"
 #include "Tests/Imaging/OpenGL/TextureFixtures.h"

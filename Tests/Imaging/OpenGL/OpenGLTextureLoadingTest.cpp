@@ -1,4 +1,5 @@
 // Also tests: Imaging/OpenGLTexture.cpp
+// Also tests: Imaging/OpenGL/TileUpload.cpp
 
 #include "Tests/Imaging/OpenGL/TextureFixtures.h"
 
