@@ -190,6 +190,7 @@ void OpenGLGraphicsContext::drawImage(IMGImage& node, const TransformAndClipList
 void OpenGLGraphicsContext::drawBitmap(const std::shared_ptr<NSBitmapImageRep>& bitmap,
                                        const TransformAndClipList& transformClip, int operation,
                                        float fraction) {
+    const std::lock_guard lock(*m_context_lock); // also when the last owner of the texture is this one
     std::shared_ptr<OpenGLTexture> texture;
     {
         // Whoever uploads needs the lock.
