@@ -90,7 +90,7 @@ TEST_F(OpenGLTarget, NeedsAContextToDrawAndSaysHowToGetOne) {
     EXPECT_EQ(unprepared.contextLock()->holds(), 0U);
 }
 
-TEST_F(OpenGLTarget, AsksForTheBuffersOfTheText) {
+TEST_F(OpenGLTarget, AsksForTwoBuffersOnAScreenAndForAlphaAndDepth) {
     using Imaging::Platform::NSOpenGLCPSwapInterval;
     const auto& shown = target->openGLContext()->pixelFormat();
     EXPECT_TRUE(shown.isDoubleBuffered());

@@ -72,7 +72,7 @@ TEST_F(OpenGLTextureLoading, AsksForTheSizeOfTheTexturesThatItUses) {
     EXPECT_EQ(OpenGLTexture::maxHardwareTextureRectangleSize(), 200);
 }
 
-TEST_F(OpenGLTextureLoading, HasTheGridOfTheText) {
+TEST_F(OpenGLTextureLoading, HasAsManyTilesAsItsSizeTakes) {
     int x = 0;
     int y = 0;
     const OpenGLTexture withExtension(1000, 600);
