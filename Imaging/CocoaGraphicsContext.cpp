@@ -38,13 +38,13 @@ void CocoaGraphicsContext::frameRect(NSRect rect, const NSColor& color, float li
     Platform::NSFrameRectWithWidth(rect, lineWidth);
 }
 
-void CocoaGraphicsContext::fillBezierPath(const NSBezierPath& path, const NSColor& color) {
+void CocoaGraphicsContext::fillBezierPath(NSBezierPath& path, const NSColor& color) {
     const NSGraphicsStateScope state;
     color.set();
     path.fill();
 }
 
-void CocoaGraphicsContext::strokeBezierPath(const NSBezierPath& path, const NSColor& color) {
+void CocoaGraphicsContext::strokeBezierPath(NSBezierPath& path, const NSColor& color) {
     const NSGraphicsStateScope state;
     color.set();
     path.stroke();

@@ -34,8 +34,9 @@ public:
     /// With the copy operation, so that the colour's alpha replaces what is there.
     void frameRect(NSRect rect, const NSColor& color, float lineWidth) override;
 
-    void fillBezierPath(const NSBezierPath& path, const NSColor& color) override;
-    void strokeBezierPath(const NSBezierPath& path, const NSColor& color) override;
+    /// The path stays as it is.
+    void fillBezierPath(NSBezierPath& path, const NSColor& color) override;
+    void strokeBezierPath(NSBezierPath& path, const NSColor& color) override;
 
     /// Draws by walking the node's graph. With an image clip rectangle other than the zero rectangle the
     /// picture is clipped, and it is clipped to `rect`: the image clip rectangle itself only turns that on.

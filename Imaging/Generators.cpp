@@ -83,7 +83,7 @@ NSBezierPath pathOf(const gpc_vertex_list& contour) {
 }
 
 /// Without a target, into the current context.
-void fillPath(const NSBezierPath& path, const NSColor& color, GraphicsContext* target) {
+void fillPath(NSBezierPath path, const NSColor& color, GraphicsContext* target) {
     if (target != nullptr) {
         target->fillBezierPath(path, color);
         return;

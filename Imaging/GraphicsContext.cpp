@@ -45,9 +45,9 @@ void GraphicsContext::fillRect(NSRect, const NSColor&, CompositingOperation) {}
 
 void GraphicsContext::frameRect(NSRect, const NSColor&, float) {}
 
-void GraphicsContext::fillBezierPath(const NSBezierPath&, const NSColor&) {}
+void GraphicsContext::fillBezierPath(NSBezierPath&, const NSColor&) {}
 
-void GraphicsContext::strokeBezierPath(const NSBezierPath&, const NSColor&) {}
+void GraphicsContext::strokeBezierPath(NSBezierPath&, const NSColor&) {}
 
 void GraphicsContext::drawImage(const std::shared_ptr<IMGImage>&, NSRect, CompositingOperation, float) {}
 

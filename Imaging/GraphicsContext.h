@@ -76,8 +76,10 @@ public:
     /// A border of a width, inwards from the rectangle's edges.
     virtual void frameRect(NSRect rect, const NSColor& color, float lineWidth);
 
-    virtual void fillBezierPath(const NSBezierPath& path, const NSColor& color);
-    virtual void strokeBezierPath(const NSBezierPath& path, const NSColor& color);
+    /// A target may bring the path into its own coordinates and leave it there, so draw a copy of a path that
+    /// is needed again.
+    virtual void fillBezierPath(NSBezierPath& path, const NSColor& color);
+    virtual void strokeBezierPath(NSBezierPath& path, const NSColor& color);
 
     /// A node whose bounds are fitted onto the rectangle, with an operation and an alpha from 0
     /// to 1.
@@ -106,6 +108,10 @@ public:
                                     IMGTransitionDirection direction, float weight, float alpha);
 
     GraphicsContext* graphicsContext() override { return this; }
+
+protected:
+    /// Whether `prepareOnce` has prepared the target.
+    bool isPrepared() const { return m_prepared; }
 
 private:
     bool m_prepared = false;

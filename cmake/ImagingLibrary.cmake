@@ -41,7 +41,7 @@ install(FILES "${PROJECT_BINARY_DIR}/ImagingConfig.cmake" "${PROJECT_BINARY_DIR}
 # A program with the static library links what that was built on, by its shared libraries, without asking pkg-config
 # for --static: that would ask for archives of all that lies below them, which Debian does not have.
 set(IMAGING_PC_PACKAGES "cairo pangocairo fontconfig libjpeg libpng libtiff-4 lcms2 libexif libplist-2.0 libhwy \
-libwebp libwebpdemux libopenjp2 polyclipping libcurl")
+libwebp libwebpdemux libopenjp2 polyclipping epoxy libcurl")
 if(IMAGING_WITH_HEIF)
   string(APPEND IMAGING_PC_PACKAGES " libheif")
 endif()

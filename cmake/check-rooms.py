@@ -17,7 +17,7 @@ import sys
 ROOMS = [
     ["Tools"], ["Tools/Commands"], ["Tools/Film"], ["Tools/Pictures"], ["Tools/Files"], ["Tools/Command"],
     ["Show"],
-    ["Imaging/Archive"], ["Imaging"], ["Imaging/TransitionParts"], ["Imaging/Drawing"], ["Imaging/Pixels"],
+    ["Imaging/Archive"], ["Imaging"], ["Imaging/TransitionParts"], ["Imaging/OpenGL"], ["Imaging/Drawing"], ["Imaging/Pixels"],
     ["VemoFoundation"],
     ["Platform/OpenGL"], ["Platform/Graphics"], ["Platform/Painter", "Platform/Codecs", "Platform/Clipper"],
     ["Platform/Pixels"], ["Platform/Foundation"],
@@ -26,7 +26,7 @@ RANKS = {room: rank for rank, rooms in enumerate(ROOMS) for room in rooms}
 
 # The base of all nodes and the classes that graphs are built from are public, so they stand in Imaging itself; what
 # nodes share is built on them.
-UPWARD = {("Imaging/TransitionParts", "Imaging"), ("Imaging/Drawing", "Imaging")}
+UPWARD = {("Imaging/TransitionParts", "Imaging"), ("Imaging/OpenGL", "Imaging"), ("Imaging/Drawing", "Imaging")}
 
 
 def unit(path):

@@ -11,6 +11,7 @@
 #include "Imaging/Image.h"
 #include "Imaging/Kernel.h"
 #include "Imaging/Mask.h"
+#include "Imaging/OpenGLImage.h"
 #include "Imaging/TransformOperations.h"
 #include "Imaging/Transitions.h"
 #include "Imaging/Transpose.h"
@@ -42,6 +43,7 @@ bool registerArchiveClasses() {
     const Platform::NSArchivableClass<IMGDissolveTransitionOp> dissolve("IMGDissolveTransitionOp");
     const Platform::NSArchivableClass<IMGSpinTransitionOp> spin("IMGSpinTransitionOp");
     const Platform::NSArchivableClass<IMGCubeTransitionOp> cube("IMGCubeTransitionOp");
+    const Platform::NSArchivableClass<OpenGLImage> bitmap("OpenGLImage");
     return true;
 }
 

@@ -50,7 +50,7 @@ Grid withRect(Grid ground, int x, int y, int w, int h, int operation, Rgba pixel
 /// Each operation of the target by name, on a rectangle off the origin.
 std::vector<std::pair<std::string, std::function<void(CocoaGraphicsContext&)>>> allOperations() {
     const NSRect rect = NSMakeRect(7, 5, 40, 30);
-    const auto oval = NSBezierPath::bezierPathWithOvalInRect(rect);
+    auto oval = NSBezierPath::bezierPathWithOvalInRect(rect);
     const auto node = pictureNode(distinctPicture(5, 4));
     const auto list =
         TransformAndClipList(TransformAndClipRect::transformAndClipRectWithTransform(moved(9, 8)));
@@ -60,8 +60,8 @@ std::vector<std::pair<std::string, std::function<void(CocoaGraphicsContext&)>>> 
         {"focus ring", [=](auto& t) { t.drawFocusRingInside(rect); }},
         {"fill", [=](auto& t) { t.fillRect(rect, halfRed, Imaging::Platform::NSCompositeSourceOver); }},
         {"rect frame", [=](auto& t) { t.frameRect(rect, halfRed, 3); }},
-        {"path fill", [=](auto& t) { t.fillBezierPath(oval, halfRed); }},
-        {"path stroke", [=](auto& t) { t.strokeBezierPath(oval, halfRed); }},
+        {"path fill", [=](auto& t) mutable { t.fillBezierPath(oval, halfRed); }},
+        {"path stroke", [=](auto& t) mutable { t.strokeBezierPath(oval, halfRed); }},
         {"image", [=](auto& t) { t.drawImage(node, rect, Imaging::Platform::NSCompositeSourceOver, 0.5F); }},
         {"image under records",
          [=](auto& t) { t.drawImage(*node, list, Imaging::Platform::NSCompositeSourceOver, 1); }},
@@ -133,6 +133,16 @@ TEST(CocoaGraphicsContext, FillsAndStrokesPathsSourceOver) {
         for (int x = 13; x < 29; ++x) expected.at(x, height - 1 - y) = ground.at(x, height - 1 - y);
     }
     EXPECT_TRUE(areAlike(stroked, expected, 1));
+}
+
+TEST(CocoaGraphicsContext, LeavesThePathsThatItDrawsAsTheyAre) {
+    auto path = NSBezierPath::bezierPathWithRect(NSMakeRect(11, 7, 20, 13));
+    CocoaGraphicsContext target;
+    target.beginDrawing(NSMakeRect(0, 0, width, height));
+    Canvas canvas(width, height);
+    target.fillBezierPath(path, halfRed);
+    target.strokeBezierPath(path, halfRed);
+    EXPECT_TRUE(isRect(path.bounds(), 11, 7, 20, 13));
 }
 
 TEST(CocoaGraphicsContext, DrawsTheFrameWithAndWithoutTheWindowBackground) {

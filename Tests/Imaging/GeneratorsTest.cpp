@@ -35,7 +35,7 @@ public:
     std::vector<Fill> fills;
     int otherCalls = 0;
 
-    void fillBezierPath(const NSBezierPath& path, const NSColor& color) override {
+    void fillBezierPath(NSBezierPath& path, const NSColor& color) override {
         fills.push_back({path, color});
         const Imaging::Platform::NSGraphicsStateScope state;
         color.set();
@@ -497,9 +497,7 @@ TEST(Generators, DoNothingWithoutAContext) {
 
 TEST(Generators, PassOnWhatATargetThrows) {
     class FailingContext : public GraphicsContext {
-        void fillBezierPath(const NSBezierPath&, const NSColor&) override {
-            throw std::runtime_error("full");
-        }
+        void fillBezierPath(NSBezierPath&, const NSColor&) override { throw std::runtime_error("full"); }
     } target;
     const std::vector<std::shared_ptr<IMGImage>> nodes = oneOfEach({8, 6});
     for (std::size_t i = 1; i < nodes.size(); ++i) {

@@ -120,7 +120,7 @@ TEST(GraphicsContext, DrawsNothingByItself) {
     Pixels::Canvas canvas(ground);
     GraphicsContext target;
     const NSRect rect = NSMakeRect(7, 5, 40, 30);
-    const auto oval = Imaging::Platform::NSBezierPath::bezierPathWithOvalInRect(rect);
+    auto oval = Imaging::Platform::NSBezierPath::bezierPathWithOvalInRect(rect);
     target.prepareOnce(nullptr);
     target.unprepare(nullptr);
     target.reprepare(nullptr);

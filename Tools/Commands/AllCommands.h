@@ -10,11 +10,11 @@ namespace Imaging::Tool {
 
 /// Each is defined in the source that it is named after.
 MakeSubcommand makeInfoCommand, makeDrawCommand, makeApplyCommand, makeGraphCommand, makeArchiveCommand,
-    makeSheetCommand, makeShowCommand, makeTransitionCommand, makeTransitionsCommand;
+    makeSheetCommand, makeShowCommand, makeTransitionCommand, makeTransitionsCommand, makeDoctorCommand;
 
 /// In the order of the help.
 inline constexpr std::array allSubcommands = {
-    makeInfoCommand,  makeDrawCommand, makeApplyCommand,      makeGraphCommand,      makeArchiveCommand,
-    makeSheetCommand, makeShowCommand, makeTransitionCommand, makeTransitionsCommand};
+    makeInfoCommand,  makeDrawCommand, makeApplyCommand,      makeGraphCommand,       makeArchiveCommand,
+    makeSheetCommand, makeShowCommand, makeTransitionCommand, makeTransitionsCommand, makeDoctorCommand};
 
 } // namespace Imaging::Tool

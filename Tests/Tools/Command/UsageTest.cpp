@@ -28,20 +28,21 @@ TEST(CommandUsage, HelpGoesToStandardOutputAndEndsInExamples) {
     const Result result = run({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
-    for (const char* subcommand :
-         {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition", "transitions"})
+    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition",
+                                   "transitions", "doctor"})
         EXPECT_THAT(result.out, HasSubstr(subcommand));
     EXPECT_THAT(result.out, EndsWith("  imaging draw --help\n"));
 }
 
 TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
-    for (const std::string subcommand :
-         {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition", "transitions"}) {
+    for (const std::string subcommand : {"info", "draw", "apply", "graph", "archive", "sheet", "show",
+                                         "transition", "transitions", "doctor"}) {
         const Result result = run({subcommand, "--help"});
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "");
         const std::string operands = subcommand == "transition"    ? " FROM TO"
                                      : subcommand == "transitions" ? "\n"
+                                     : subcommand == "doctor"      ? "\n"
                                                                    : " INPUT";
         EXPECT_THAT(result.out, HasSubstr("Usage: imaging " + subcommand + " [OPTION...]" + operands));
         EXPECT_THAT(result.out, HasSubstr("--timeout SECONDS"));
@@ -55,8 +56,8 @@ TEST(CommandUsage, EverySubcommandHasHelpWithItsExitStatusAndExamples) {
 }
 
 TEST(CommandUsage, HelpFitsIntoEightyColumns) {
-    for (const char* subcommand :
-         {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition", "transitions"}) {
+    for (const char* subcommand : {"info", "draw", "apply", "graph", "archive", "sheet", "show", "transition",
+                                   "transitions", "doctor"}) {
         std::istringstream help(run({subcommand, "--help"}).out);
         for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80U) << line;
     }
@@ -71,7 +72,7 @@ TEST(CommandUsage, VersionIsOneLine) {
 
 TEST(CommandUsage, NamesTheSubcommandThatWasMeant) {
     expectWrongUsage({}, "imaging: a subcommand is missing; known are info, draw, apply, graph, archive, "
-                         "sheet, show, transition and transitions "
+                         "sheet, show, transition, transitions and doctor "
                          "(see 'imaging --help')");
     expectWrongUsage({"drwa", "a.png"},
                      "imaging: there is no subcommand 'drwa'; did you mean 'draw'? (see 'imaging --help')");
