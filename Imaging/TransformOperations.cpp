@@ -101,7 +101,7 @@ void IMGRotationOp::setOrigin(NSPoint origin) {
 }
 
 NSAffineTransform IMGRotationOp::computedTransform() const {
-    NSAffineTransform rotation = IMGImage::transform();
+    NSAffineTransform rotation;
     rotation.translateXBy(m_origin.x, m_origin.y);
     rotation.rotateByDegrees(m_rotation);
     rotation.translateXBy(-m_origin.x, -m_origin.y);
@@ -148,7 +148,7 @@ void IMGTranslationOp::setTranslation(NSPoint translation) {
 }
 
 NSAffineTransform IMGTranslationOp::computedTransform() const {
-    NSAffineTransform shift = IMGImage::transform();
+    NSAffineTransform shift;
     shift.translateXBy(m_translation.x, m_translation.y);
     return shift;
 }

@@ -113,7 +113,7 @@ NSAffineTransform IMGTransposeOp::computedTransform() const {
     const NSRect bounds = sourceAtIndex(0)->imageBoundsRect();
     const auto centreX = static_cast<float>(bounds.origin.x + bounds.size.width * 0.5);
     const auto centreY = static_cast<float>(bounds.origin.y + bounds.size.height * 0.5);
-    NSAffineTransform transposed = IMGImage::transform();
+    NSAffineTransform transposed;
     transposed.translateXBy(centreX, centreY);
     prependSteps(transposed, m_type);
     transposed.translateXBy(-centreX, -centreY);
