@@ -5,6 +5,7 @@
 #include "Platform/Foundation/Exception.h"
 #include "Platform/Foundation/Log.h"
 #include "Tests/Platform/Foundation/JobQueueFixtures.h"
+#include "Tests/Support/NoMoreThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -25,28 +26,6 @@ using namespace TestSupport;
 namespace {
 
 bool isOdd(const std::any& label) { return std::any_cast<int>(label) % 2 == 1; }
-
-/// Lets no thread of the process be started: none gets a stack of the size that is asked for.
-class NoMoreThreads {
-public:
-    NoMoreThreads() {
-        pthread_getattr_default_np(&m_before);
-        pthread_attr_t hopeless;
-        pthread_getattr_default_np(&hopeless);
-        pthread_attr_setstacksize(&hopeless, std::size_t{1} << 50);
-        pthread_setattr_default_np(&hopeless);
-        pthread_attr_destroy(&hopeless);
-    }
-    ~NoMoreThreads() {
-        pthread_setattr_default_np(&m_before);
-        pthread_attr_destroy(&m_before);
-    }
-    NoMoreThreads(const NoMoreThreads&) = delete;
-    NoMoreThreads& operator=(const NoMoreThreads&) = delete;
-
-private:
-    pthread_attr_t m_before{};
-};
 
 /// What was logged while it lives.
 class LoggedLines {

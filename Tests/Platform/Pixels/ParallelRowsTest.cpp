@@ -1,12 +1,13 @@
 #include "Platform/Pixels/Rows/ParallelRows.h"
 
+#include "Tests/Support/NoMoreThreads.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <latch>
 #include <mutex>
 #include <numeric>
-#include <pthread.h>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -15,6 +16,7 @@
 #include <vector>
 
 using namespace Imaging::Platform;
+using namespace TestSupport;
 
 namespace {
 
@@ -34,28 +36,6 @@ Bands bandsFor(std::int64_t rows, std::int64_t minimumRowsPerBand, std::int64_t 
     std::sort(bands.begin(), bands.end());
     return bands;
 }
-
-/// Lets no thread of the process be started: none gets a stack of the size that is asked for.
-class NoMoreThreads {
-public:
-    NoMoreThreads() {
-        pthread_getattr_default_np(&m_before);
-        pthread_attr_t hopeless;
-        pthread_getattr_default_np(&hopeless);
-        pthread_attr_setstacksize(&hopeless, std::size_t{1} << 50);
-        pthread_setattr_default_np(&hopeless);
-        pthread_attr_destroy(&hopeless);
-    }
-    ~NoMoreThreads() {
-        pthread_setattr_default_np(&m_before);
-        pthread_attr_destroy(&m_before);
-    }
-    NoMoreThreads(const NoMoreThreads&) = delete;
-    NoMoreThreads& operator=(const NoMoreThreads&) = delete;
-
-private:
-    pthread_attr_t m_before{};
-};
 
 } // namespace
 
